@@ -1,0 +1,43 @@
+# reelvue_module(<target> LINKS <libs...>): a library of every source file below the calling directory.
+# A module that has only headers so far becomes an interface library.
+function(reelvue_module target)
+  cmake_parse_arguments(ARG "" "" "LINKS;EXCLUDE" ${ARGN})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  foreach(pattern IN LISTS ARG_EXCLUDE)
+    list(FILTER sources EXCLUDE REGEX "${pattern}")
+  endforeach()
+  set(cpp ${sources})
+  list(FILTER cpp INCLUDE REGEX "\\.cpp$")
+  if(cpp)
+    add_library(${target} STATIC ${sources})
+    target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/desktop/src)
+    target_link_libraries(${target} PUBLIC ${ARG_LINKS})
+  else()
+    add_library(${target} INTERFACE)
+    target_include_directories(${target} INTERFACE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/desktop/src)
+    target_link_libraries(${target} INTERFACE ${ARG_LINKS})
+  endif()
+endfunction()
+
+# reelvue_tests(<module> LINKS <libs...> [GUI]): one GoogleTest executable of every .cpp in tests/<module>,
+# registered with CTest. GUI tests get a QApplication (run them under Xvfb), the others a QCoreApplication.
+function(reelvue_tests module)
+  cmake_parse_arguments(ARG "GUI" "" "LINKS" ${ARGN})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${module}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/${module}/*.h)
+  if(NOT sources)
+    return()
+  endif()
+  set(target ${module}_tests)
+  string(REPLACE "-" "_" target ${target})
+  if(ARG_GUI)
+    set(main support/GuiTestMain.cpp)
+  else()
+    set(main support/CoreTestMain.cpp)
+  endif()
+  add_executable(${target} ${sources} ${main})
+  set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  target_link_libraries(${target} PRIVATE reelvue_test_support ${ARG_LINKS} GTest::gtest GTest::gmock)
+  # Listed at test time, so GUI executables are only started under the display that runs the tests.
+  gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+                       PROPERTIES LABELS ${module} TIMEOUT 300)
+endfunction()

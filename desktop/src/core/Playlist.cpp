@@ -1,0 +1,17 @@
+#include "core/Playlist.h"
+
+#include <algorithm>
+
+Playlist::ProcessedItems Playlist::processedItemsOfKind(std::uint32_t kind) const {
+    ProcessedItems result;
+    std::copy_if(m_processedItems.begin(), m_processedItems.end(), std::back_inserter(result),
+                 [kind](const ProcessedItemPtr& item) { return item->kind == kind; });
+    return result;
+}
+
+Playlist::RawItems Playlist::rawItemsOfCategory(std::uint32_t category) const {
+    RawItems result;
+    std::copy_if(m_rawItems.begin(), m_rawItems.end(), std::back_inserter(result),
+                 [category](const RawItemPtr& item) { return item->category == category; });
+    return result;
+}
