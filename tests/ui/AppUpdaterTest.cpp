@@ -1,5 +1,6 @@
 // The updater against a real HTTP server on 127.0.0.1, with the real message boxes answered as a user would.
 #include "core/ApplicationOptions.h"
+#include "support/BoxAnswerer.h"
 #include "support/LocalHttpServer.h"
 #include "support/TestSupport.h"
 #include "ui/AppUpdater.h"
@@ -19,38 +20,12 @@
 #include <gtest/gtest.h>
 
 using testing::HasSubstr;
+using testsupport::BoxAnswerer;
 using testsupport::LocalHttpServer;
 using testsupport::LogCapture;
 using testsupport::waitUntil;
 
 namespace {
-
-// Answers every message box that opens by pressing the button with the given text, and remembers the texts.
-class BoxAnswerer {
-public:
-    explicit BoxAnswerer(QString button) : m_button(std::move(button)) {
-        m_timer.setInterval(10);
-        QObject::connect(&m_timer, &QTimer::timeout, [this] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (!box || !box->isVisible())
-                return;
-            texts.push_back(box->text().toStdString());
-            for (QAbstractButton* button : box->buttons())
-                if (button->text() == m_button) {
-                    button->click();
-                    return;
-                }
-            box->buttons().last()->click(); // an unexpected box must not hang the test
-
-        });
-        m_timer.start();
-    }
-    std::vector<std::string> texts;
-
-private:
-    QString m_button;
-    QTimer m_timer;
-};
 
 class QuitRecordingUpdater : public AppUpdater {
 public:
