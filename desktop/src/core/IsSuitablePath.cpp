@@ -27,8 +27,10 @@ const QSet<QString>& requiredFolders() {
     return names;
 }
 
-bool doesNotFit(const QString& path, const char* reason) {
+bool doesNotFit(const QString& path, const char* reason, QString* reasonOut) {
     LOG_INFO(kLogger, "Path {} does not fit: {}", path.toStdString(), reason);
+    if (reasonOut)
+        *reasonOut = QString::fromLatin1(reason);
     return false;
 }
 
@@ -40,9 +42,11 @@ QFileInfoList subdirectories(const QString& path) {
 
 } // namespace
 
-bool IsSuitablePath(const QString& path) {
+bool IsSuitablePath(const QString& path) { return IsSuitablePath(path, nullptr); }
+
+bool IsSuitablePath(const QString& path, QString* reason) {
     if (!isReadableDirectory(QFileInfo(path)))
-        return doesNotFit(path, "path is not readable");
+        return doesNotFit(path, "path is not readable", reason);
 
     const QFileInfoList entries =
         QDir(path).entryInfoList(QDir::Dirs | QDir::Files | QDir::Hidden | QDir::System, QDir::Unsorted);
@@ -50,7 +54,7 @@ bool IsSuitablePath(const QString& path) {
         return entry.fileName() == QLatin1String(".") || entry.fileName() == QLatin1String("..");
     });
     if (onlyDotEntries)
-        return doesNotFit(path, "there isn't one of required directories");
+        return doesNotFit(path, "there isn't one of required directories", reason);
 
     bool hasVideo = false;
     bool hasCameraFolder = false;
@@ -69,9 +73,9 @@ bool IsSuitablePath(const QString& path) {
                     if (child.fileName() == QLatin1String("MOVIE"))
                         movies.append(child);
                 if (movies.size() != 1)
-                    return doesNotFit(path, "there isn't required MOVIE directory");
+                    return doesNotFit(path, "there isn't required MOVIE directory", reason);
                 if (!isReadableDirectory(movies.first()))
-                    return doesNotFit(path, "/CARDV/MOVIE/ subdirectory is not readable (or not directory)");
+                    return doesNotFit(path, "/CARDV/MOVIE/ subdirectory is not readable (or not directory)", reason);
                 return true;
             }
             if (cameraFolders().contains(name))
@@ -81,7 +85,7 @@ bool IsSuitablePath(const QString& path) {
             if (categoryFolders().contains(name)) {
                 const QFileInfoList children = subdirectories(entry.filePath());
                 if (children.size() == 1 && !isReadableDirectory(children.first()))
-                    return doesNotFit(path, "video subdirectory is not readable (or not directory)");
+                    return doesNotFit(path, "video subdirectory is not readable (or not directory)", reason);
             }
             // Normal and Event are both category and required folders; they count once each here.
             if (requiredFolders().contains(name))
@@ -93,6 +97,6 @@ bool IsSuitablePath(const QString& path) {
         }
     }
     if (!hasVideo && !hasCameraFolder && requiredCount < requiredFolders().size())
-        return doesNotFit(path, "there isn't one of required directories");
+        return doesNotFit(path, "there isn't one of required directories", reason);
     return true;
 }

@@ -7,3 +7,5 @@
 // DVRlocked, camera folders F or R, the Normal/Event/Photo folders) or video files. On false the reason is
 // logged under "ui.IsSuitablePath" as "Path <path> does not fit: <reason>". No other side effect.
 bool IsSuitablePath(const QString& path);
+// The same, also handing back the reason when the path does not fit.
+bool IsSuitablePath(const QString& path, QString* reason);
