@@ -264,8 +264,9 @@ Playlist::RawItems PlaylistDiscovery::buildItems(std::vector<Entry> entries) {
             LOG_DEBUG(kLogger, "ByFileName {}", describe(*item).toStdString());
         }
 
-        if (!entry.trackPath.isEmpty() && probe.track) {
+        if (!entry.trackPath.isEmpty())
             LOG_DEBUG(kLogger, "Found corresponding track file '{}'", entry.trackPath.toStdString());
+        if (probe.track) {
             TrackLoader::Result& track = *probe.track;
             if (track.positions.empty()) {
                 LOG_WARN(kLogger, "No positions in track '{}'", entry.trackPath.toStdString());
