@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QThread>
 
 extern "C" {
@@ -41,7 +42,13 @@ TrackAnalyzer::Settings PlaylistLoader::analyzerSettings() {
 std::int64_t PlaylistLoader::videoDurationMs(const QString& path) {
     AVFormatContext* context = nullptr;
     const QByteArray encodedPath = path.toUtf8();
-    if (avformat_open_input(&context, encodedPath.constData(), nullptr, nullptr) < 0) {
+    // Recorder files are MP4 or MOV: naming the demuxer saves probing the format of every file.
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    const AVInputFormat* format =
+        suffix == QLatin1String("mp4") || suffix == QLatin1String("mov") ? av_find_input_format("mov") : nullptr;
+    // A file whose name lies about its format is opened again with probing.
+    if (avformat_open_input(&context, encodedPath.constData(), format, nullptr) < 0 &&
+        (!format || avformat_open_input(&context, encodedPath.constData(), nullptr, nullptr) < 0)) {
         LOG_WARN(kLogger, "Unable to get duration of video {}", path.toStdString());
         return 0;
     }
