@@ -22,17 +22,8 @@ using testsupport::placeVideo;
 
 namespace {
 
-// Tracks are only dated once the NMEA parser is in; until then these cases are skipped, not failed.
-bool trackLoaderWorks() {
-    try {
-        TrackLoader::loadBytes("$GPRMC,120000.00,A,5000.0000,N,01400.0000,E,0.00,0.0,040524,,,A*6B\r\n");
-        return true;
-    } catch (const std::exception&) {
-        return false;
-    }
-}
 #define REQUIRE_TRACK_LOADER()                                                                                  \
-    if (!trackLoaderWorks())                                                                                    \
+    if (!testsupport::trackLoaderWorks())                                                                                    \
     GTEST_SKIP() << "the NMEA track loader is not available yet"
 
 QDateTime local(const char* dateTime) { return QDateTime::fromString(dateTime, Qt::ISODate).toLocalTime(); }

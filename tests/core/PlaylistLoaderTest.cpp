@@ -1,5 +1,6 @@
 // The background loader on a real card: signal order, progress, models on the GUI thread, failure, cancel.
 #include "core/PlaylistLoader.h"
+#include "core/TrackLoader.h"
 
 #include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
@@ -17,6 +18,7 @@
 using testsupport::placeVideo;
 
 namespace {
+
 
 // Runs a loader on a worker thread of its own, as the main window does, and records what reaches the
 // GUI thread.
@@ -156,6 +158,44 @@ TEST_F(PlaylistLoaderTest, cancel_during_the_load_ends_it_with_canceled) {
     EXPECT_EQ(run.events, (std::vector<std::string>{"loadStarted", "canceled"}));
     EXPECT_FALSE(run.playlist);
     EXPECT_LT(run.progress.back(), 100);
+}
+
+TEST_F(PlaylistLoaderTest, tracks_split_a_morning_into_trip_parking_and_trip) {
+    if (!testsupport::trackLoaderWorks())
+        GTEST_SKIP() << "the NMEA track loader is not available yet";
+    // Ten one-minute recordings: two minutes of driving, six standing, two driving again.
+    const QDateTime start(QDate(2024, 3, 7), QTime(14, 0), Qt::LocalTime);
+    double north = 0.0;
+    for (int minute = 0; minute < 10; ++minute) {
+        std::vector<testsupport::Fix> fixes;
+        for (int second = minute * 60; second < minute * 60 + 60; ++second) {
+            const bool driving = second < 120 || second >= 480;
+            if (driving)
+                north += 14.0;
+            fixes.push_back({start.addSecs(second), 50.0 + north * 9e-6, 14.0, driving ? 50.0 : 0.0, true});
+        }
+        const QString base = start.addSecs(minute * 60).toString(QStringLiteral("'Normal/FILE'yyMMdd-HHmmss'F'"));
+        placeVideo(path(base + ".MP4"), 60);
+        testsupport::writeTrack(path(base + ".NMEA"), fixes);
+    }
+    LoaderRun run;
+    run.start("loadDirectory", m_dir.path());
+    ASSERT_TRUE(run.playlist) << run.error;
+    const auto& processed = run.playlist->processedItems();
+    ASSERT_EQ(processed.size(), 3u);
+    EXPECT_EQ(processed[0]->kind, Playlist::Trip);
+    EXPECT_EQ(processed[0]->from, start);
+    EXPECT_EQ(processed[1]->kind, Playlist::ParkingPeriod);
+    EXPECT_EQ(processed[1]->from, start.addSecs(119)); // the last moving fix before the stop
+    EXPECT_EQ(processed[2]->kind, Playlist::Trip);
+    EXPECT_EQ(processed[2]->from, start.addSecs(479)); // the last standing fix before leaving
+    EXPECT_EQ(processed[2]->to, start.addSecs(600));
+    // Recordings cut by a change belong to both sides.
+    EXPECT_EQ(processed[0]->items.back(), processed[1]->items.front());
+    EXPECT_EQ(processed[1]->items.back(), processed[2]->items.front());
+    // The trip's figures come from its tracks: 2 minutes at 14 m/s.
+    EXPECT_EQ(run.trips->data(run.trips->index(1, PlaylistItemModel::DistanceColumn)).toString(), "1.7 km");
+    EXPECT_EQ(run.trips->data(run.trips->index(1, PlaylistItemModel::TopSpeedColumn)).toString(), "50 km/h");
 }
 
 TEST(PlaylistLoaderDuration, reads_the_duration_of_a_video_and_zero_for_a_broken_one) {

@@ -1,6 +1,8 @@
 // Tiny generated videos (cached for the whole test run) and NMEA tracks written by the tests.
 #include "support/RecordingFixtures.h"
 
+#include "core/TrackLoader.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -99,5 +101,14 @@ QByteArray nmeaTrack(const std::vector<Fix>& fixes) {
 }
 
 void writeTrack(const QString& path, const std::vector<Fix>& fixes) { writeFile(path, nmeaTrack(fixes)); }
+
+bool trackLoaderWorks() {
+    try {
+        const auto fixes = standingFixes(QDateTime(QDate(2024, 5, 4), QTime(12, 0), Qt::UTC), 3, 50.0, 14.0);
+        return TrackLoader::loadBytes(nmeaTrack(fixes)).positions.size() == 3;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
 
 } // namespace testsupport
