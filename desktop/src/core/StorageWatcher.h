@@ -16,6 +16,8 @@ Q_DECLARE_METATYPE(std::vector<QStorageInfo>)
 
 // Lives on the GUI thread; the notifier hands every event over by a queued call, so nothing here is locked.
 // A storage is supported when it is valid, ready and its root passes IsSuitablePath.
+// Until the notifier's initial scan is finished, newly supported storages are only listed; the end of the
+// scan announces the whole list at once, so cards present at start-up arrive together in one signal.
 //
 //   StorageWatcher watcher(std::make_unique<DeviceNotifyTools>());
 //   connect(&watcher, &StorageWatcher::supportedStoragesArrived, ...);
