@@ -115,7 +115,8 @@
     var track = state.track;
     if (track.length === 0) return;
     var all = track.map(latLngOf);
-    L.polyline(all, { color: '#ffffff', weight: 7, opacity: 0.85, interactive: false }).addTo(trackLayer);
+    // A dark casing keeps the line readable on tiles and on the plain offline background alike.
+    L.polyline(all, { color: '#1d2a36', weight: 8, opacity: 0.45, interactive: false }).addTo(trackLayer);
     if (track.length === 1) {
       L.circleMarker(all[0], { radius: 4, color: colourForSpeed(0), interactive: false }).addTo(trackLayer);
       return;
@@ -125,14 +126,14 @@
     for (var i = 2; i < track.length; ++i) {
       var next = bucketOf(track[i].speed);
       if (next !== bucket) {
-        L.polyline(run, { color: colourForSpeed((bucket + 0.5) * SPEED_BUCKET), weight: 4, opacity: 1, interactive: false })
+        L.polyline(run, { color: colourForSpeed((bucket + 0.5) * SPEED_BUCKET), weight: 5, opacity: 1, interactive: false })
           .addTo(trackLayer);
         run = [all[i - 1]];
         bucket = next;
       }
       run.push(all[i]);
     }
-    L.polyline(run, { color: colourForSpeed((bucket + 0.5) * SPEED_BUCKET), weight: 4, opacity: 1, interactive: false })
+    L.polyline(run, { color: colourForSpeed((bucket + 0.5) * SPEED_BUCKET), weight: 5, opacity: 1, interactive: false })
       .addTo(trackLayer);
   }
 
@@ -145,10 +146,21 @@
     return pad(date.getHours()) + ':' + pad(date.getMinutes()) + ':' + pad(date.getSeconds());
   }
 
+  // The label sits on the right-hand side of travel, clear of the line it names.
+  function labelHtml(mark) {
+    if (mark.captured === undefined) return '';
+    var side = (mark.angle + 90) * Math.PI / 180;
+    var dx = Math.sin(side) * 11;
+    var dy = -Math.cos(side) * 11;
+    var shift = (dx < 0 ? '-100%' : '0') + ', -50%';
+    return '<span class="time-mark-label" style="left: ' + (7 + dx).toFixed(1) + 'px; top: ' + (7 + dy).toFixed(1) +
+           'px; transform: translate(' + shift + ')">' + timeText(mark.captured) + '</span>';
+  }
+
   function drawMarks() {
     marksLayer.clearLayers();
     state.marks.forEach(function (mark) {
-      var label = mark.captured !== undefined ? '<span class="time-mark-label">' + timeText(mark.captured) + '</span>' : '';
+      var label = labelHtml(mark);
       L.marker(latLngOf(mark), {
         icon: L.divIcon({
           className: 'time-mark',
