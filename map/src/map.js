@@ -246,7 +246,13 @@
     keepInView(L.latLng(latitude, longitude), seekedByUser);
   }
 
+  // The player sends its documents as JSON text (one piece crosses the channel fast); objects work too.
+  function documentOf(value) {
+    return typeof value === 'string' ? JSON.parse(value) : value;
+  }
+
   function showTrack(message) {
+    message = documentOf(message);
     var positions = (message && message.positions) || [];
     state.track = positions.map(function (point) {
       return {
@@ -264,7 +270,7 @@
   }
 
   function showMarks(postions) {
-    state.marks = (postions || []).map(function (mark) {
+    state.marks = (documentOf(postions) || []).map(function (mark) {
       return {
         longitude: mark.coordinates.longitude,
         latitude: mark.coordinates.latitude,

@@ -172,7 +172,7 @@ TEST_F(MapWidgetAdapterTest, the_vehicle_and_the_time_marks_reach_the_page) {
 
     // Half-way along the first side, heading east (no course: the bearing).
     m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 20) * 1000 + 500), true);
-    ASSERT_EQ(positions.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(positions.size(), 1, 5000);
     EXPECT_DOUBLE_EQ(positions.at(0).at(0).toDouble(), kStart + 20.5);
     EXPECT_NEAR(positions.at(0).at(1).toDouble(), 14.40205, 1e-9);
     EXPECT_DOUBLE_EQ(positions.at(0).at(2).toDouble(), 50.08);
@@ -185,7 +185,7 @@ TEST_F(MapWidgetAdapterTest, the_vehicle_and_the_time_marks_reach_the_page) {
 
     // Past the end: the last fix, never as a user's jump.
     m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 1000) * 1000), true);
-    ASSERT_EQ(positions.size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(positions.size(), 2, 5000);
     EXPECT_DOUBLE_EQ(positions.at(1).at(1).toDouble(), track.back().longitude);
     EXPECT_FALSE(positions.at(1).at(4).toBool());
 
@@ -196,6 +196,35 @@ TEST_F(MapWidgetAdapterTest, the_vehicle_and_the_time_marks_reach_the_page) {
     m_adapter->setTimeStep(0);
     QTRY_COMPARE_WITH_TIMEOUT(evaluate(*m_view, QStringLiteral("reelvueMap.state.marks.length")).toInt(), 0,
                               kPageTimeoutMs);
+}
+
+// Updates faster than the event loop turns (a slider dragged) reach the page as the latest one; a seek among
+// them still makes the page jump. A new track drops a position of the old one.
+TEST_F(MapWidgetAdapterTest, positions_of_one_event_loop_turn_go_as_the_latest_keeping_a_seek) {
+    m_adapter = std::make_unique<MapWidgetAdapter>(m_view.get(), runTreePage());
+    const TrackPositions track = blockDrive();
+    m_adapter->setTrack(&track);
+    QSignalSpy positions(m_adapter->sharedState(), &MapWidgetSharedState::positionChanged);
+    m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 5) * 1000), true);
+    m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 6) * 1000), false);
+    m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 7) * 1000), false);
+    EXPECT_TRUE(positions.isEmpty());
+    QTRY_COMPARE_WITH_TIMEOUT(positions.size(), 1, 5000);
+    QTest::qWait(50);
+    ASSERT_EQ(positions.size(), 1);
+    EXPECT_DOUBLE_EQ(positions.at(0).at(0).toDouble(), kStart + 7.0);
+    EXPECT_DOUBLE_EQ(positions.at(0).at(1).toDouble(), track[7].longitude);
+    EXPECT_TRUE(positions.at(0).at(4).toBool());
+
+    m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 8) * 1000), false);
+    QTRY_COMPARE_WITH_TIMEOUT(positions.size(), 2, 5000);
+    EXPECT_FALSE(positions.at(1).at(4).toBool()) << "the earlier seek was sent already";
+
+    m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 9) * 1000), false);
+    m_adapter->setTrack(nullptr);
+    m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 10) * 1000), false);
+    QTest::qWait(50);
+    EXPECT_EQ(positions.size(), 2);
 }
 
 TEST_F(MapWidgetAdapterTest, a_click_on_the_map_comes_back_as_longitude_then_latitude) {

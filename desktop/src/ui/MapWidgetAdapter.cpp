@@ -3,6 +3,7 @@
 
 #include "core/Startup.h"
 #include "logging/Logging.h"
+#include "ui/MapMessages.h"
 #include "ui/MapWidgetSharedState.h"
 #include "ui/TimeMarks.h"
 #include "ui/TrackSimplifier.h"
@@ -13,31 +14,21 @@
 
 namespace {
 constexpr const char* kLogger = "ui.MapWidgetAdapter";
-
-QVariantMap coordinatesOf(double longitude, double latitude) {
-    return {{QStringLiteral("longitude"), longitude}, {QStringLiteral("latitude"), latitude}};
-}
-
-QVariantMap trackMessage(const TrackPositions& simplified) {
-    QVariantList positions;
-    positions.reserve(static_cast<int>(simplified.size()));
-    for (const TrackPosition& position : simplified) {
-        positions.append(QVariantMap{
-            {QStringLiteral("coordinates"), coordinatesOf(position.longitude, position.latitude)},
-            {QStringLiteral("captured"), static_cast<qint64>(trackTimeToSeconds(position.time))},
-            // The mean speed of the stretch ending here; the page colours the line by it.
-            {QStringLiteral("speed"), position.speed ? QVariant(*position.speed) : QVariant()},
-        });
-    }
-    return {{QStringLiteral("positions"), positions}};
-}
 } // namespace
 
 MapWidgetAdapter::MapWidgetAdapter(QWebEngineView* view, QObject* parent)
     : MapWidgetAdapter(view, defaultPageUrl(), parent) {}
 
 MapWidgetAdapter::MapWidgetAdapter(QWebEngineView* view, const QUrl& page, QObject* parent)
-    : QObject(parent), m_view(view), m_webChannel(new QWebChannel(this)), m_sharedState(new MapWidgetSharedState(this)) {
+    : QObject(parent),
+      m_view(view),
+      m_webChannel(new QWebChannel(this)),
+      m_sharedState(new MapWidgetSharedState(this)),
+      m_positionTimer(new QTimer(this)) {
+    m_positionTimer->setSingleShot(true);
+    m_positionTimer->setInterval(0);
+    connect(m_positionTimer, &QTimer::timeout, this, &MapWidgetAdapter::sendPendingPosition);
+
     QWebEnginePage* webPage = m_view->page();
     webPage->setWebChannel(m_webChannel);
     connect(webPage, &QWebEnginePage::featurePermissionRequested, this,
@@ -79,21 +70,33 @@ void MapWidgetAdapter::onLocaleChanged(const QLocale& locale) {
 void MapWidgetAdapter::setTrack(const TrackPositions* track) {
     m_track = track;
     m_cursor.reset(track);
+    m_pendingPosition.reset(); // it belongs to the previous track
     const TrackPositions simplified = track ? TrackSimplifier::simplify(*track) : TrackPositions();
     LOG_TRACE(kLogger, "Track size {}", simplified.size());
-    emit m_sharedState->trackChanged(trackMessage(simplified));
+    emit m_sharedState->trackChanged(trackDocument(simplified));
     sendTimeMarks();
 }
 
 void MapWidgetAdapter::setCurrentTime(const QDateTime& dateTime, bool seekedByUser) {
     if (!m_track || m_track->empty())
         return;
-    const double t = static_cast<double>(dateTime.toMSecsSinceEpoch()) / 1000.0;
+    const double t = static_cast<double>(m_clock.millisecondsOf(dateTime)) / 1000.0;
     const MapPoint point = m_cursor.pointAt(t);
     // The last fix is a resting place, not a jump.
     const bool jumped = m_cursor.atLast() ? false : seekedByUser;
-    emit m_sharedState->positionChanged(t, point.longitude, point.latitude, point.heading.value_or(0.0),
-                                        jumped);
+    const bool earlierJump = m_pendingPosition && m_pendingPosition->seekedByUser;
+    m_pendingPosition = Position{t, point.longitude, point.latitude, point.heading.value_or(0.0), jumped || earlierJump};
+    if (!m_positionTimer->isActive())
+        m_positionTimer->start();
+}
+
+void MapWidgetAdapter::sendPendingPosition() {
+    if (!m_pendingPosition)
+        return;
+    const Position position = *m_pendingPosition;
+    m_pendingPosition.reset();
+    emit m_sharedState->positionChanged(position.timestamp, position.longitude, position.latitude, position.direction,
+                                        position.seekedByUser);
 }
 
 void MapWidgetAdapter::setTimeStep(int seconds) {
@@ -102,16 +105,6 @@ void MapWidgetAdapter::setTimeStep(int seconds) {
 }
 
 void MapWidgetAdapter::sendTimeMarks() {
-    QVariantList marks;
-    if (m_track) {
-        for (const MapPoint& mark : timeMarksAlong(*m_track, m_timeStep)) {
-            marks.append(QVariantMap{
-                {QStringLiteral("coordinates"), coordinatesOf(mark.longitude, mark.latitude)},
-                {QStringLiteral("angle"), mark.heading.value_or(0.0)},
-                // The page labels each mark with its time.
-                {QStringLiteral("captured"), mark.time},
-            });
-        }
-    }
-    emit m_sharedState->timeStepsChanged(marks);
+    const std::vector<MapPoint> marks = m_track ? timeMarksAlong(*m_track, m_timeStep) : std::vector<MapPoint>();
+    emit m_sharedState->timeStepsChanged(timeMarksDocument(marks));
 }

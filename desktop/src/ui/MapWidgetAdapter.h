@@ -3,12 +3,16 @@
 #pragma once
 
 #include "core/TrackPosition.h"
+#include "ui/EpochClock.h"
 #include "ui/TrackCursor.h"
 
 #include <QDateTime>
 #include <QLocale>
 #include <QObject>
+#include <QTimer>
 #include <QUrl>
+
+#include <optional>
 
 class MapWidgetSharedState;
 class QWebChannel;
@@ -32,7 +36,9 @@ public:
     // Shows a new track (nullptr or empty: none). The track is borrowed: it must stay alive and unchanged
     // until the next setTrack. The page gets a simplified copy; time marks are recomputed.
     void setTrack(const TrackPositions* track);
-    // Moves the vehicle to the moment of play; seekedByUser lets the page jump instead of gliding.
+    // Moves the vehicle to the moment of play; seekedByUser lets the page jump instead of gliding. The position
+    // goes to the page at the next turn of the event loop: of several calls in one turn only the latest is
+    // sent, marked as a jump if any of them was one.
     void setCurrentTime(const QDateTime& dateTime, bool seekedByUser);
     // Time marks every so many seconds along the track; 0 removes them.
     void setTimeStep(int seconds);
@@ -53,7 +59,16 @@ signals:
     void coordinatesReceived(double longitude, double latitude);
 
 private:
+    struct Position {
+        double timestamp;
+        double longitude;
+        double latitude;
+        double direction;
+        bool seekedByUser;
+    };
+
     void sendTimeMarks();
+    void sendPendingPosition();
 
     QWebEngineView* m_view;        // borrowed
     QWebChannel* m_webChannel;     // child
@@ -61,4 +76,8 @@ private:
     const TrackPositions* m_track = nullptr; // borrowed
     TrackCursor m_cursor;
     int m_timeStep = 0;
+    // Sending costs tens of microseconds on the web channel: at most one position goes per event-loop turn.
+    std::optional<Position> m_pendingPosition;
+    EpochClock m_clock;
+    QTimer* m_positionTimer; // child
 };

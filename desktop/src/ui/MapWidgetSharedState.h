@@ -3,7 +3,6 @@
 
 #include <QObject>
 #include <QString>
-#include <QVariantList>
 #include <QVariantMap>
 
 // Lives on the user-interface thread; the web channel delivers the page's calls there. The order of the
@@ -20,12 +19,13 @@ public:
 
 signals:
     void initialized();
-    // {"positions": [{"coordinates": {"longitude", "latitude"}, "captured": seconds, "speed": km/h}, ...]}
-    void trackChanged(const QVariantMap& track);
+    // JSON text (see MapMessages.h): {"positions": [{"coordinates": {"longitude", "latitude"}, "captured": seconds,
+    // "speed": km/h}, ...]}
+    void trackChanged(const QString& track);
     void positionChanged(double timestamp, double longitude, double latitude, double direction, bool seekedByUser);
-    // [{"coordinates": {"longitude", "latitude"}, "angle": degrees, "captured": seconds}, ...]; the page knows
-    // the parameter by the name "postions".
-    void timeStepsChanged(const QVariantList& postions);
+    // JSON text: [{"coordinates": {"longitude", "latitude"}, "angle": degrees, "captured": seconds}, ...]; the page
+    // knows the parameter by the name "postions".
+    void timeStepsChanged(const QString& postions);
     void coordinatesReceived(double longitude, double latitude);
     void localeChanged(const QString& locale, const QString& zoomInText, const QString& zoomOutText);
 

@@ -10,6 +10,13 @@ namespace {
 // Marks the fixes the line needs; a work list instead of recursion keeps 24-hour tracks off the stack.
 std::vector<bool> markKeptFixes(const TrackPositions& track, double tolerance) {
     const std::size_t count = track.size();
+    // Coordinates side by side: the scans below touch nothing else, and whole fixes are large.
+    struct Point {
+        double x, y;
+    };
+    std::vector<Point> points(count);
+    for (std::size_t i = 0; i < count; ++i)
+        points[i] = {track[i].longitude, track[i].latitude};
     std::vector<bool> kept(count, false);
     kept.front() = true;
     kept.back() = true;
@@ -19,22 +26,24 @@ std::vector<bool> markKeptFixes(const TrackPositions& track, double tolerance) {
         ranges.pop_back();
         if (last - first < 2)
             continue;
-        const TrackPosition& a = track[first];
-        const double dx = track[last].longitude - a.longitude;
-        const double dy = track[last].latitude - a.latitude;
+        const Point a = points[first];
+        const double dx = points[last].x - a.x;
+        const double dy = points[last].y - a.y;
         const double chord = std::hypot(dx, dy);
-        double farthest = -1.0;
+        // The chord's length is the same for the whole range: compare cross products, divide once.
+        double farthestCross = -1.0;
         std::size_t farthestIndex = first;
         for (std::size_t i = first + 1; i < last; ++i) {
-            const double px = track[i].longitude - a.longitude;
-            const double py = track[i].latitude - a.latitude;
+            const double px = points[i].x - a.x;
+            const double py = points[i].y - a.y;
             // A loop that ends where it began has no chord; the distance from its start stands in.
-            const double distance = chord > 0.0 ? std::abs(dx * py - dy * px) / chord : std::hypot(px, py);
-            if (distance > farthest) {
-                farthest = distance;
+            const double cross = chord > 0.0 ? std::abs(dx * py - dy * px) : std::hypot(px, py);
+            if (cross > farthestCross) {
+                farthestCross = cross;
                 farthestIndex = i;
             }
         }
+        const double farthest = chord > 0.0 ? farthestCross / chord : farthestCross;
         if (farthest >= tolerance) {
             kept[farthestIndex] = true;
             ranges.emplace_back(first, farthestIndex);
