@@ -251,6 +251,14 @@ TEST_F(MapWidgetAdapterTest, a_click_on_the_map_comes_back_as_longitude_then_lat
     EXPECT_NEAR(clicks.at(0).at(1).toDouble(), latitude, 2 * degreesPerPixel);
 }
 
+TEST_F(MapWidgetAdapterTest, the_page_asking_for_the_location_is_granted_it) {
+    testsupport::LogCapture log;
+    ASSERT_NO_FATAL_FAILURE(connectPage());
+    evaluate(*m_view, QStringLiteral("navigator.geolocation.getCurrentPosition(function () {}, function () {}); true"));
+    QTRY_VERIFY_WITH_TIMEOUT(!log.linesContaining("INFO ui.MapWidgetAdapter - Grant geolocation permission!").empty(),
+                             kPageTimeoutMs);
+}
+
 TEST_F(MapWidgetAdapterTest, a_change_of_language_renames_the_zoom_buttons) {
     ASSERT_NO_FATAL_FAILURE(connectPage());
     QSignalSpy changes(m_adapter->sharedState(), &MapWidgetSharedState::localeChanged);
@@ -267,10 +275,24 @@ TEST_F(MapWidgetAdapterTest, screenshot_of_a_track_with_the_vehicle) {
     if (file.isEmpty())
         GTEST_SKIP() << "set REELVUE_MAP_SCREENSHOT to a file name";
     ASSERT_NO_FATAL_FAILURE(connectPage());
-    TrackPositions track = blockDrive();
+    // Ten minutes through town: bends, a stop and speeds from walking pace to a fast road.
+    TrackPositions track;
+    double longitude = 14.42, latitude = 50.08, heading = 60.0;
+    for (int i = 0; i < 600; ++i) {
+        const double speed = i < 120 ? i : (i < 160 ? 0.0 : 30.0 + 90.0 * std::abs(std::sin(i / 90.0)));
+        heading += 3.0 * std::sin(i / 40.0);
+        latitude += speed / 3.6 * std::cos(heading * M_PI / 180.0) / 111'320.0;
+        longitude += speed / 3.6 * std::sin(heading * M_PI / 180.0) / 71'600.0;
+        TrackPosition position;
+        position.time = trackTimeFromSeconds(kStart + i);
+        position.longitude = longitude;
+        position.latitude = latitude;
+        position.speed = speed;
+        track.push_back(position);
+    }
     ASSERT_NO_FATAL_FAILURE(showTrack(track));
-    m_adapter->setTimeStep(30);
-    m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 55) * 1000), true);
+    m_adapter->setTimeStep(60);
+    m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 330) * 1000), true);
     QTest::qWait(1500);
     EXPECT_TRUE(m_view->grab().save(file));
 }
