@@ -220,6 +220,9 @@ TEST_F(MapWidgetAdapterTest, positions_of_one_event_loop_turn_go_as_the_latest_k
     QTRY_COMPARE_WITH_TIMEOUT(positions.size(), 2, 5000);
     EXPECT_FALSE(positions.at(1).at(4).toBool()) << "the earlier seek was sent already";
 
+    testsupport::LogCapture log;
+    m_adapter->setCurrentTime(QDateTime(), true);
+    EXPECT_EQ(log.linesContaining("WARN ui.MapWidgetAdapter - setCurrentTime() has been called with an invalid").size(), 1u);
     m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 9) * 1000), false);
     m_adapter->setTrack(nullptr);
     m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 10) * 1000), false);

@@ -80,6 +80,10 @@ void MapWidgetAdapter::setTrack(const TrackPositions* track) {
 void MapWidgetAdapter::setCurrentTime(const QDateTime& dateTime, bool seekedByUser) {
     if (!m_track || m_track->empty())
         return;
+    if (!dateTime.isValid()) {
+        LOG_WARN(kLogger, "setCurrentTime() has been called with an invalid date-time");
+        return;
+    }
     const double t = static_cast<double>(m_clock.millisecondsOf(dateTime)) / 1000.0;
     const MapPoint point = m_cursor.pointAt(t);
     // The last fix is a resting place, not a jump.
