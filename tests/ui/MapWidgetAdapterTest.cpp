@@ -99,8 +99,7 @@ protected:
 
     void showTrack(const TrackPositions& track) {
         m_adapter->setTrack(&track);
-        QTRY_VERIFY_WITH_TIMEOUT(evaluate(*m_view, QStringLiteral("reelvueMap.state.track.length")).toInt() > 0,
-                                 kPageTimeoutMs);
+        EXPECT_TRUE(testsupport::waitUntil([&] { return evaluate(*m_view, QStringLiteral("reelvueMap.state.track.length")).toInt() > 0; }, kPageTimeoutMs));
     }
 
     // Widgets first, then the adapter that borrows the view: the view goes last.
@@ -118,7 +117,7 @@ TEST_F(MapWidgetAdapterTest, page_loads_connects_and_reads_the_settings) {
     testsupport::LogCapture log;
     logging::setLevel(logging::TRACE);
     ASSERT_NO_FATAL_FAILURE(connectPage());
-    QTRY_VERIFY_WITH_TIMEOUT(!log.linesContaining("INFO ui.MapWidgetAdapter - Map widget loaded").empty(), 10000);
+    EXPECT_TRUE(testsupport::waitUntil([&] { return !log.linesContaining("INFO ui.MapWidgetAdapter - Map widget loaded").empty(); }, 10000));
     EXPECT_EQ(log.linesContaining("INFO ui.MapWidgetAdapter - Web channel initialized").size(), 1u);
 
     // The page took the system language and the zoom texts from the settings.
@@ -137,8 +136,7 @@ TEST_F(MapWidgetAdapterTest, a_page_that_is_missing_is_logged_as_a_failed_load) 
     testsupport::LogCapture log;
     QWebEngineView view;
     MapWidgetAdapter adapter(&view, QUrl::fromLocalFile(QStringLiteral("/nonexistent/map/dist/index.html")));
-    QTRY_VERIFY_WITH_TIMEOUT(!log.linesContaining("ERROR ui.MapWidgetAdapter - Failed to load map page").empty(),
-                             kPageTimeoutMs);
+    EXPECT_TRUE(testsupport::waitUntil([&] { return !log.linesContaining("ERROR ui.MapWidgetAdapter - Failed to load map page").empty(); }, kPageTimeoutMs));
 }
 
 TEST_F(MapWidgetAdapterTest, the_page_holds_the_simplified_track_with_its_speeds) {
@@ -172,30 +170,28 @@ TEST_F(MapWidgetAdapterTest, the_vehicle_and_the_time_marks_reach_the_page) {
 
     // Half-way along the first side, heading east (no course: the bearing).
     m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 20) * 1000 + 500), true);
-    QTRY_COMPARE_WITH_TIMEOUT(positions.size(), 1, 5000);
+    EXPECT_TRUE(testsupport::waitUntil([&] { return positions.size() == 1; }, 5000));
     EXPECT_DOUBLE_EQ(positions.at(0).at(0).toDouble(), kStart + 20.5);
     EXPECT_NEAR(positions.at(0).at(1).toDouble(), 14.40205, 1e-9);
     EXPECT_DOUBLE_EQ(positions.at(0).at(2).toDouble(), 50.08);
     EXPECT_NEAR(positions.at(0).at(3).toDouble(), 90.0, 1e-6);
     EXPECT_TRUE(positions.at(0).at(4).toBool());
-    QTRY_VERIFY_WITH_TIMEOUT(evaluate(*m_view, QStringLiteral("!!reelvueMap.vehicleShown()")).toBool(), kPageTimeoutMs);
+    EXPECT_TRUE(testsupport::waitUntil([&] { return evaluate(*m_view, QStringLiteral("!!reelvueMap.vehicleShown()")).toBool(); }, kPageTimeoutMs));
     const QJsonObject shown = evaluateJson(*m_view, QStringLiteral("reelvueMap.vehicleShown()")).toObject();
     EXPECT_NEAR(shown.value(QStringLiteral("longitude")).toDouble(), 14.40205, 1e-9) << "a seek jumps there at once";
     EXPECT_NEAR(shown.value(QStringLiteral("angle")).toDouble(), 90.0, 1e-6);
 
     // Past the end: the last fix, never as a user's jump.
     m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 1000) * 1000), true);
-    QTRY_COMPARE_WITH_TIMEOUT(positions.size(), 2, 5000);
+    EXPECT_TRUE(testsupport::waitUntil([&] { return positions.size() == 2; }, 5000));
     EXPECT_DOUBLE_EQ(positions.at(1).at(1).toDouble(), track.back().longitude);
     EXPECT_FALSE(positions.at(1).at(4).toBool());
 
     m_adapter->setTimeStep(30);
-    QTRY_COMPARE_WITH_TIMEOUT(evaluate(*m_view, QStringLiteral("reelvueMap.state.marks.length")).toInt(), 5,
-                              kPageTimeoutMs);
+    EXPECT_TRUE(testsupport::waitUntil([&] { return evaluate(*m_view, QStringLiteral("reelvueMap.state.marks.length")).toInt() == 5; }, kPageTimeoutMs));
     EXPECT_EQ(evaluate(*m_view, QStringLiteral("document.querySelectorAll('.time-mark').length")).toInt(), 5);
     m_adapter->setTimeStep(0);
-    QTRY_COMPARE_WITH_TIMEOUT(evaluate(*m_view, QStringLiteral("reelvueMap.state.marks.length")).toInt(), 0,
-                              kPageTimeoutMs);
+    EXPECT_TRUE(testsupport::waitUntil([&] { return evaluate(*m_view, QStringLiteral("reelvueMap.state.marks.length")).toInt() == 0; }, kPageTimeoutMs));
 }
 
 // Updates faster than the event loop turns (a slider dragged) reach the page as the latest one; a seek among
@@ -209,7 +205,7 @@ TEST_F(MapWidgetAdapterTest, positions_of_one_event_loop_turn_go_as_the_latest_k
     m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 6) * 1000), false);
     m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 7) * 1000), false);
     EXPECT_TRUE(positions.isEmpty());
-    QTRY_COMPARE_WITH_TIMEOUT(positions.size(), 1, 5000);
+    EXPECT_TRUE(testsupport::waitUntil([&] { return positions.size() == 1; }, 5000));
     QTest::qWait(50);
     ASSERT_EQ(positions.size(), 1);
     EXPECT_DOUBLE_EQ(positions.at(0).at(0).toDouble(), kStart + 7.0);
@@ -217,7 +213,7 @@ TEST_F(MapWidgetAdapterTest, positions_of_one_event_loop_turn_go_as_the_latest_k
     EXPECT_TRUE(positions.at(0).at(4).toBool());
 
     m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 8) * 1000), false);
-    QTRY_COMPARE_WITH_TIMEOUT(positions.size(), 2, 5000);
+    EXPECT_TRUE(testsupport::waitUntil([&] { return positions.size() == 2; }, 5000));
     EXPECT_FALSE(positions.at(1).at(4).toBool()) << "the earlier seek was sent already";
 
     testsupport::LogCapture log;
@@ -258,8 +254,7 @@ TEST_F(MapWidgetAdapterTest, the_page_asking_for_the_location_is_granted_it) {
     testsupport::LogCapture log;
     ASSERT_NO_FATAL_FAILURE(connectPage());
     evaluate(*m_view, QStringLiteral("navigator.geolocation.getCurrentPosition(function () {}, function () {}); true"));
-    QTRY_VERIFY_WITH_TIMEOUT(!log.linesContaining("INFO ui.MapWidgetAdapter - Grant geolocation permission!").empty(),
-                             kPageTimeoutMs);
+    EXPECT_TRUE(testsupport::waitUntil([&] { return !log.linesContaining("INFO ui.MapWidgetAdapter - Grant geolocation permission!").empty(); }, kPageTimeoutMs));
 }
 
 TEST_F(MapWidgetAdapterTest, a_change_of_language_renames_the_zoom_buttons) {
@@ -268,8 +263,7 @@ TEST_F(MapWidgetAdapterTest, a_change_of_language_renames_the_zoom_buttons) {
     m_adapter->onLocaleChanged(QLocale(QStringLiteral("pl_PL")));
     ASSERT_EQ(changes.size(), 1);
     EXPECT_EQ(changes.at(0).at(0).toString(), QStringLiteral("pl_PL"));
-    QTRY_COMPARE_WITH_TIMEOUT(evaluate(*m_view, QStringLiteral("document.documentElement.lang")).toString(),
-                              QStringLiteral("pl"), kPageTimeoutMs);
+    EXPECT_TRUE(testsupport::waitUntil([&] { return evaluate(*m_view, QStringLiteral("document.documentElement.lang")).toString() == QStringLiteral("pl"); }, kPageTimeoutMs));
 }
 
 // Not a check: saves what the map looks like, for a person to look at (REELVUE_MAP_SCREENSHOT=<file.png>).
