@@ -20,47 +20,46 @@ inline constexpr std::uint64_t kExactMantissaLimit = std::uint64_t{1} << 53;
 
 inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-// "ddmm.mmmm" as an unsigned fixed-point number: digits without the point, and how many follow it.
+// Digits before and after the point of an unsigned number such as "ddmm.mmmm", kept apart in integers.
 struct FixedPoint {
-    std::uint64_t mantissa = 0;
-    int scale = 0;
+    std::uint64_t whole = 0;
+    std::uint64_t fraction = 0;
+    int scale = 0; // digits after the point
 };
 
 inline std::optional<FixedPoint> decodeFixedPoint(std::string_view field) {
+    const char* p = field.data();
+    const char* const end = p + field.size();
     FixedPoint result;
-    int digits = 0;
-    int fraction = -1;
-    for (const char c : field) {
-        if (isDigit(c)) {
-            if (++digits > 18)
-                return std::nullopt;
-            result.mantissa = result.mantissa * 10 + static_cast<unsigned>(c - '0');
-            if (fraction >= 0)
-                ++fraction;
-        } else if (c == '.' && fraction < 0) {
-            fraction = 0;
-        } else {
-            return std::nullopt;
-        }
+    const char* const start = p;
+    for (; p != end && isDigit(*p); ++p)
+        result.whole = result.whole * 10 + static_cast<unsigned>(*p - '0');
+    std::size_t digits = static_cast<std::size_t>(p - start);
+    if (p != end && *p == '.') {
+        const char* const fraction = ++p;
+        for (; p != end && isDigit(*p); ++p)
+            result.fraction = result.fraction * 10 + static_cast<unsigned>(*p - '0');
+        result.scale = static_cast<int>(p - fraction);
+        digits += static_cast<std::size_t>(result.scale);
     }
-    if (digits == 0)
+    if (p != end || digits == 0 || digits > 15) // 15 digits: exact in a double
         return std::nullopt;
-    result.scale = fraction < 0 ? 0 : fraction;
     return result;
 }
 
 inline std::optional<double> decodeCoordinate(std::string_view value, std::string_view hemisphere, char positive,
-                                       char negative, double maximumDegrees) {
+                                              char negative, unsigned maximumDegrees) {
     if (hemisphere.size() != 1 || (hemisphere[0] != positive && hemisphere[0] != negative))
         return std::nullopt;
     const auto number = decodeFixedPoint(value);
-    if (!number || number->mantissa >= kExactMantissaLimit)
+    if (!number)
         return std::nullopt;
-    // Whole degrees and minutes are split in integers, so the minutes keep every digit that was sent.
-    const auto unit = static_cast<std::uint64_t>(kPowersOfTen[number->scale]);
-    const std::uint64_t degrees = number->mantissa / unit / 100;
-    const double minutes = static_cast<double>(number->mantissa - degrees * 100 * unit) / kPowersOfTen[number->scale];
-    if (static_cast<double>(degrees) > maximumDegrees || minutes >= 60.0)
+    // Degrees and minutes are split in integers, so the minutes keep every digit that was sent.
+    const std::uint64_t degrees = number->whole / 100;
+    const double unit = kPowersOfTen[number->scale];
+    const double minutes =
+        (static_cast<double>(number->whole % 100) * unit + static_cast<double>(number->fraction)) / unit;
+    if (degrees > maximumDegrees || minutes >= 60.0)
         return std::nullopt;
     const double result = static_cast<double>(degrees) + minutes / 60.0;
     if (result > maximumDegrees)
@@ -137,12 +136,12 @@ inline std::optional<std::int32_t> decodeSigned(std::string_view field) {
 
 // "4916.45" + "N" -> 49.274166...; degrees at most 90, minutes below 60.
 inline std::optional<double> decodeLatitude(std::string_view value, std::string_view hemisphere) {
-    return detail::decodeCoordinate(value, hemisphere, 'N', 'S', 90.0);
+    return detail::decodeCoordinate(value, hemisphere, 'N', 'S', 90);
 }
 
 // "12311.12" + "W" -> -123.18533...; degrees at most 180, minutes below 60.
 inline std::optional<double> decodeLongitude(std::string_view value, std::string_view hemisphere) {
-    return detail::decodeCoordinate(value, hemisphere, 'E', 'W', 180.0);
+    return detail::decodeCoordinate(value, hemisphere, 'E', 'W', 180);
 }
 
 // "hhmmss" or "hhmmss.sss".
@@ -151,15 +150,20 @@ inline std::optional<UtcTime> decodeUtcTime(std::string_view field) {
         return std::nullopt;
     const int hours = detail::twoDigits(field, 0);
     const int minutes = detail::twoDigits(field, 2);
-    if (hours < 0 || hours > 23 || minutes < 0 || minutes > 59 || !detail::isDigit(field[4]) || !detail::isDigit(field[5]))
-        return std::nullopt;
-    const auto seconds = decodeDecimal(field.substr(4));
-    if (!seconds || *seconds >= 61.0) // 60.x is a leap second
+    const int seconds = detail::twoDigits(field, 4);
+    if (hours < 0 || hours > 23 || minutes < 0 || minutes > 59 || seconds < 0 || seconds > 60) // 60: a leap second
         return std::nullopt;
     UtcTime time;
     time.hours = static_cast<std::uint8_t>(hours);
     time.minutes = static_cast<std::uint16_t>(minutes);
-    time.seconds = static_cast<float>(*seconds);
+    time.seconds = static_cast<float>(seconds);
+    if (field.size() > 7) {
+        const auto fraction = detail::decodeFixedPoint(field.substr(6)); // ".sss"
+        if (!fraction)
+            return std::nullopt;
+        time.seconds = static_cast<float>(seconds + static_cast<double>(fraction->fraction) /
+                                                        detail::kPowersOfTen[fraction->scale]);
+    }
     return time;
 }
 
