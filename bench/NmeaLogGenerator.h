@@ -103,9 +103,13 @@ inline GeneratedLog writeNmeaLog(const std::string& path, std::uint64_t targetBy
             case 1: line.resize(line.size() / 2); break;                                        // cut off
             case 2: line = "$GPGGA,1,2,3*" + std::string("3f") + "\r\n"; break;                 // lower-case digits
             default:
+                // Binary noise, without Ctrl-Z: other readers take it for the end of a DOS text file, which
+                // would end their run early and make any comparison meaningless.
                 line.assign(64, '\0');
                 for (char& c : line)
-                    c = static_cast<char>(random());
+                    do
+                        c = static_cast<char>(random());
+                    while (c == '\x1a');
             }
             emit(line);
         }
