@@ -37,7 +37,8 @@ FileCopierCommandVector copyCommands(const Playlist::RawItems& items, const QStr
     for (const Playlist::RawItemPtr& item : items) {
         if (!item)
             continue;
-        addCommand(commands, item->mainVideo, target);
+        if (!item->mainVideo.filePath().isEmpty()) // an item made from a track file alone has no video
+            addCommand(commands, item->mainVideo, target);
         if (item->rearVideo)
             addCommand(commands, *item->rearVideo, target);
         if (item->track)
