@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <iomanip>
 #include <locale>
+#include <random>
 #include <sstream>
 
 namespace {
@@ -199,4 +201,48 @@ TEST(TrackFormatWriters, gpx_and_kml_are_well_formed_xml) {
     EXPECT_EQ(count, 3);
     EXPECT_EQ(xmlError(written(trackformats::writeKml, kTrack), &count, QStringLiteral("Placemark")), "");
     EXPECT_EQ(count, 4); // the path and three points
+}
+
+TEST(TrackFormatWriters, fast_time_rendering_matches_qdatetime_for_every_format) {
+    const QString formats[] = {"yyyy.MM.dd hh:mm:ss", "yyyy-mm-ddThh:mm:ssZ", "ddMMyy,hhmmss",
+                               "d.M.yy h:m:s", "yyyy-MM-ddTHH:mm:ss"}; // the last two go to QDateTime
+    std::mt19937_64 random(7);
+    std::uniform_int_distribution<std::int64_t> seconds(-86400LL * 365 * 70, 86400LL * 365 * 130);
+    std::vector<std::int64_t> moments = {0, -1, 86399, 86400, 951782400 /* 2000-02-29 */, 4102444799 /* 2099-12-31 */};
+    for (int i = 0; i < 2000; ++i)
+        moments.push_back(seconds(random));
+    for (const QString& format : formats) {
+        const trackformats::UtcFormat fast(format);
+        for (const std::int64_t s : moments) {
+            std::string text;
+            fast.append(text, trackTimeFromSeconds(s));
+            ASSERT_EQ(text, trackformats::formatUtc(trackTimeFromSeconds(s), format).toStdString())
+                << format.toStdString() << " at " << s;
+        }
+    }
+}
+
+TEST(TrackFormatWriters, numbers_are_what_a_fixed_point_stream_writes) {
+    // Rounding ties, negative zero and tiny negatives are where number formatters part ways.
+    const double values[] = {0.05, 0.15, 0.25, 2.675, 1.0005, -0.0, -1e-9, 123.4565, 89.9999995, -179.99999995};
+    std::mt19937_64 random(11);
+    std::uniform_real_distribution<double> any(-500.0, 500.0);
+    TrackPositions track;
+    std::ostringstream expected;
+    expected.imbue(std::locale::classic());
+    expected << std::fixed << "timestamp,latitude,longitude,speed,altitude,satellites,HDOP,PDOP,VDOP\n";
+    for (int i = 0; i < 500; ++i) {
+        TrackPosition p;
+        p.time = kMoment;
+        p.latitude = i < 10 ? values[i] : any(random);
+        p.longitude = any(random);
+        p.speed = i < 10 ? values[9 - i] : any(random);
+        p.altitude = any(random);
+        p.hdop = i < 10 ? values[i] : any(random);
+        track.push_back(p);
+        expected << "2019.09.13 10:30:20," << std::setprecision(6) << p.latitude << ',' << p.longitude << ','
+                 << std::setprecision(3) << *p.speed << ',' << *p.altitude << ",," << std::setprecision(1) << *p.hdop
+                 << ",,\n";
+    }
+    EXPECT_EQ(written(trackformats::writeCsv, track), expected.str());
 }

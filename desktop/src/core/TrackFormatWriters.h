@@ -6,10 +6,13 @@
 #include <QString>
 
 #include <ostream>
+#include <string>
+#include <vector>
 
 // Each writer puts the positions, in the order given, on a stream that the caller opened; the caller
 // checks the stream's state afterwards. Numbers are fixed-point with a point as decimal separator
-// whatever the stream's or the process's locale. Times are UTC.
+// whatever the stream's or the process's locale (exactly what a classic-locale stream with std::fixed
+// and the same precision writes). Times are UTC.
 //
 //   std::ofstream out(path, std::ios::binary);
 //   trackformats::writeGpx(out, positions);
@@ -28,5 +31,24 @@ void writePlt(std::ostream& out, const TrackPositions& positions);
 
 // The UTC time of a position in a QDateTime format, e.g. formatUtc(time, "yyyy.MM.dd hh:mm:ss").
 QString formatUtc(TrackTime time, const QString& format);
+
+// The same text as formatUtc() for one format, rendered without building a QDateTime per point. Handles
+// "yyyy", "yy", "MM", "dd", "hh", "mm", "ss" and literal characters; any other format (and any year
+// outside 1000..9999) is left to QDateTime, so the text is always what formatUtc() gives.
+class UtcFormat {
+public:
+    explicit UtcFormat(const QString& format);
+    void append(std::string& out, TrackTime time) const;
+
+private:
+    enum Field { Literal, Year4, Year2, Month, Day, Hour, Minute, Second };
+    struct Token {
+        Field field;
+        char literal;
+    };
+    QString m_format;
+    std::vector<Token> m_tokens;
+    bool m_fallback = false;
+};
 
 } // namespace trackformats
