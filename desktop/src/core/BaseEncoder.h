@@ -1,4 +1,5 @@
-// The contract of a long export that runs on the main window's worker thread.
+// The contract of a long export: runs in a worker thread, reports whole percent, can be cancelled from
+// the GUI thread, and ends with exactly one of done(true), done(false) or canceled().
 #pragma once
 
 #include "core/EncodingSettings.h"
@@ -9,35 +10,30 @@
 
 #include <atomic>
 
-// Lives on the worker thread and is started there by a queued call of encode(). cancel() is the one
-// call made from the GUI thread (a direct connection from the progress dialog), so it only raises an
-// atomic flag that encode() polls. Every run ends with exactly one of done(true), done(false) or
-// canceled(); a failed or cancelled run deletes its partial output.
-//
-//   auto* job = new Remuxer(items, interval, settings);
-//   job->moveToThread(&workerThread);
-//   connect(job, &BaseEncoder::done, window, &MainWindow::onEncodeDone);
-//   connect(dialog, &ProgressDialog::canceled, job, &BaseEncoder::cancel, Qt::DirectConnection);
-//   QTimer::singleShot(0, job, &BaseEncoder::encode);
 class BaseEncoder : public QObject {
     Q_OBJECT
 public:
-    BaseEncoder(Playlist::RawItems items, TimeInterval interval, EncodingSettings settings)
-        : m_items(std::move(items)), m_interval(std::move(interval)), m_settings(std::move(settings)) {}
+    BaseEncoder(Playlist::RawItems items, TimeInterval interval, EncodingSettings settings,
+                QObject* parent = nullptr)
+        : QObject(parent), m_items(std::move(items)), m_interval(std::move(interval)),
+          m_settings(std::move(settings)) {}
 
 signals:
+    // ok: the file is complete; otherwise it failed and the partial file was deleted.
     void done(bool ok);
+    // The user stopped the export; the partial file was deleted.
     void canceled();
     void progress(int percents);
 
 public slots:
-    // Runs the whole export synchronously on the calling thread; each concrete encoder declares it again.
+    // Runs the whole export synchronously in the calling (worker) thread.
     virtual void encode() = 0;
+    // Called from the GUI thread through a direct connection while encode() runs: only sets the flag.
     void cancel() { m_canceled = true; }
 
 protected:
     Playlist::RawItems m_items; // in playlist time order
     TimeInterval m_interval;
     EncodingSettings m_settings;
-    std::atomic<bool> m_canceled{false}; // reset at the start of every encode()
+    std::atomic<bool> m_canceled{false};
 };

@@ -1,12 +1,12 @@
-// The choices for saving a cut of the recordings as a new video.
+// The user's choices for saving a cut of video.
 #pragma once
 
 #include <QString>
 
 struct EncodingSettings {
-    bool onlyVideo = false;       // write only the video stream(s)
-    bool forceReencoding = false; // transcode instead of stream copy
+    bool onlyVideo = false;       // write the video stream(s) only
+    bool forceReencoding = false; // transcode instead of copying the streams
     int camera = 0;               // 0 main (front) camera, 1 rear camera
     QString filePath;             // absolute output path; its extension chooses the container
-    int rotation = 0;             // picture turn as shown: 0 none, 1 = 90, 2 = 180, 3 = 270 degrees
+    int rotation = 0;             // picture turn on screen: 0 none, 1 90, 2 180, 3 270 degrees
 };

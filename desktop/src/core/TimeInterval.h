@@ -1,9 +1,8 @@
-// An interval of time on the recordings' time line: a cut, a track export, a cycle-play loop.
+// An interval of recording time, in the local wall-clock time of the recordings.
 #pragma once
 
 #include <QDateTime>
 
-// Both ends in local wall-clock time of the recordings, as the playlist uses them.
 struct TimeInterval {
     QDateTime from;
     QDateTime to;
