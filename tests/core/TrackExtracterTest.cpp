@@ -195,6 +195,19 @@ TEST_F(TrackExtracterTest, an_unreadable_track_is_logged_and_the_others_are_writ
     EXPECT_FALSE(log.linesContaining("missing.nmea").empty());
 }
 
+TEST_F(TrackExtracterTest, a_track_whose_loaded_fixes_lie_outside_the_interval_is_not_read) {
+    testsupport::LogCapture log;
+    auto elsewhere = std::make_shared<Playlist::RawItem>(*itemWithTrack(output("gone.nmea")));
+    TrackPosition fix;
+    fix.time = trackTimeFromSeconds(utc(2019, 9, 13, 10, 0, 0).toSecsSinceEpoch());
+    elsewhere->track->positions = {fix};
+    TrackExtracter job({elsewhere, receiverItems().front()}, output("minute.csv"), TrackExtracter::Csv, kMinuteOfReceiver);
+    JobRecord record(job);
+    job.run();
+    EXPECT_EQ(record.endings(), std::vector<std::string>{"done 1"});
+    EXPECT_TRUE(log.linesContaining("gone.nmea").empty());
+}
+
 TEST_F(TrackExtracterTest, no_track_in_the_interval_fails_without_leaving_a_file) {
     testsupport::LogCapture log;
     const TimeInterval otherDay{utc(2019, 9, 13, 10, 0, 0), utc(2019, 9, 13, 11, 0, 0)};

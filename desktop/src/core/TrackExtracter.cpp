@@ -155,10 +155,18 @@ Playlist::RawItems TrackExtracter::itemsWithTrackInInterval() const {
         if (!item || !item->track)
             continue;
         const Playlist::Track& track = *item->track;
-        // An item whose first and last fix are known and lie outside the interval is not read at all.
-        if (track.from.isValid() && track.to.isValid() &&
-            (track.to.toSecsSinceEpoch() < from || to < track.from.toSecsSinceEpoch()))
+        // An item whose fixes are known and all lie outside the interval is not read at all. The fixes
+        // loaded with the playlist say it best (a receiver's clock may jump back); else the first and last.
+        if (!track.positions.empty()) {
+            const auto [earliest, latest] = std::minmax_element(
+                track.positions.begin(), track.positions.end(),
+                [](const TrackPosition& a, const TrackPosition& b) { return a.time < b.time; });
+            if (latest->time < m_from || m_to < earliest->time)
+                continue;
+        } else if (track.from.isValid() && track.to.isValid() &&
+                   (track.to.toSecsSinceEpoch() < from || to < track.from.toSecsSinceEpoch())) {
             continue;
+        }
         items.push_back(item);
     }
     if (items.empty())
