@@ -13,7 +13,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <stdexcept>
 #include <vector>
@@ -79,7 +81,9 @@ TrackExtracter::TrackExtracter(Playlist::RawItems items, QString outputPath, Tra
     m_settings.filePath = std::move(outputPath);
 }
 
-QString TrackExtracter::extension(TrackType type) { return QString::fromLatin1(kExtensions[type]); }
+QString TrackExtracter::extension(TrackType type) {
+    return type >= Nmea && type <= Plt ? QString::fromLatin1(kExtensions[type]) : QString();
+}
 
 std::optional<TrackExtracter::TrackType> TrackExtracter::typeFromName(const QString& name) {
     for (int type = Nmea; type <= Plt; ++type)
@@ -97,6 +101,12 @@ void TrackExtracter::encode() {
              text(m_interval.from), text(m_interval.to), target.toStdString());
     emit progress(0);
 
+    if (extension(m_type).isEmpty()) {
+        LOG_ERROR(kLogger, "Failed to save track to '{}': unknown track type {}", target.toStdString(),
+                  static_cast<int>(m_type));
+        emit done(false);
+        return;
+    }
     if (!m_interval.from.isValid() || !m_interval.to.isValid() || m_interval.to < m_interval.from) {
         LOG_ERROR(kLogger, "Failed to save track to '{}': invalid interval from {} to {}", target.toStdString(),
                   text(m_interval.from), text(m_interval.to));
@@ -117,8 +127,8 @@ void TrackExtracter::encode() {
         outcome = Outcome::Canceled;
     if (outcome == Outcome::Written && std::rename(QFile::encodeName(partial).constData(),
                                                    QFile::encodeName(target).constData()) != 0) {
-        LOG_ERROR(kLogger, "Failed to save track to '{}': can't rename '{}'", target.toStdString(),
-                  partial.toStdString());
+        LOG_ERROR(kLogger, "Failed to save track to '{}': can't rename '{}': {}", target.toStdString(),
+                  partial.toStdString(), std::strerror(errno));
         outcome = Outcome::Failed;
     }
     if (outcome != Outcome::Written)
