@@ -163,9 +163,11 @@ TEST_F(TrackExtracterTest, nmea_copy_of_an_interval_loads_back_to_the_same_posit
         }
         // Every copied line is a sentence of the source, unchanged.
         const QByteArray original = contents(source);
-        for (const QByteArray& line : contents(output("copy.nmea")).split('\n'))
-            if (!line.isEmpty())
+        for (const QByteArray& line : contents(output("copy.nmea")).split('\n')) {
+            if (!line.isEmpty()) {
                 EXPECT_TRUE(original.contains(line + '\n')) << line.toStdString();
+            }
+        }
     }
 }
 
