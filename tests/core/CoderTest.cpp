@@ -5,6 +5,10 @@
 #include "support/TestSupport.h"
 
 #include <QTemporaryDir>
+#include <QThread>
+#include <QTimer>
+
+#include <atomic>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -111,4 +115,31 @@ TEST_F(CoderTest, full_disk_fails_once_and_leaves_nothing) {
     EXPECT_EQ(run.doneFalse, 1);
     EXPECT_EQ(run.endSignals(), 1);
     EXPECT_TRUE(disk.entries().isEmpty()) << disk.entries().join(", ").toStdString();
+}
+
+TEST_F(CoderTest, runs_on_a_worker_thread_and_cancel_from_this_thread_stops_it) {
+    const QString file = output("worker.mp4");
+    auto* coder = new Coder(Media::instance().items(), {at(0.0), at(9.0)}, settings(file, 1));
+    QThread worker;
+    coder->moveToThread(&worker);
+    QObject::connect(&worker, &QThread::finished, coder, &QObject::deleteLater);
+    std::atomic<int> lastPercent{0};
+    int canceled = 0;
+    int done = 0;
+    QObject context;
+    QObject::connect(coder, &BaseEncoder::progress, &context, [&](int percent) { lastPercent = percent; });
+    QObject::connect(coder, &BaseEncoder::canceled, &context, [&] { ++canceled; });
+    QObject::connect(coder, &BaseEncoder::done, &context, [&](bool) { ++done; });
+    worker.start();
+    QTimer::singleShot(0, coder, &BaseEncoder::encode);
+    EXPECT_TRUE(testsupport::waitUntil([&] { return lastPercent >= 5 || done > 0; }, 60000));
+    coder->cancel(); // as the progress dialog does, through a direct connection
+    EXPECT_TRUE(testsupport::waitUntil([&] { return canceled + done > 0; }, 60000));
+    testsupport::waitUntil([] { return false; }, 100); // no second end signal may follow
+    EXPECT_EQ(canceled, 1);
+    EXPECT_EQ(done, 0);
+    EXPECT_LT(lastPercent, 100);
+    EXPECT_FALSE(QFile::exists(file));
+    worker.quit();
+    worker.wait();
 }
