@@ -7,6 +7,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -72,6 +73,11 @@ private:
         testsupport::MediaSpec other;
         other.sampleRate = 48000;
         m_ready = m_ready && testsupport::generateVideo(path(QStringLiteral("other48k.mp4")), other);
+        // The second recording again, with its sound twice: a later file with more streams than the first.
+        QProcess extra;
+        extra.start(QStringLiteral("ffmpeg"), {"-v", "error", "-y", "-i", path("main1.mp4"), "-map", "0", "-map", "0:a",
+                                               "-c", "copy", path("extra1.mp4")});
+        m_ready = m_ready && extra.waitForFinished(60000) && extra.exitCode() == 0;
     }
     QTemporaryDir m_dir;
     bool m_ready = false;

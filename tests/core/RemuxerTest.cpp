@@ -73,6 +73,19 @@ TEST_F(RemuxerTest, end_runs_on_to_the_first_key_frame_after_the_request) {
     EXPECT_EQ(std::count_if(packets.begin(), packets.end(), [](const auto& p) { return p.stream == 0 && p.key; }), 2);
 }
 
+TEST_F(RemuxerTest, later_file_with_more_streams_keeps_the_streams_of_the_first) {
+    Playlist::RawItems items = Media::instance().items();
+    auto extra = std::make_shared<Playlist::RawItem>(*items[1]);
+    extra->mainVideo = QFileInfo(Media::instance().path("extra1.mp4"));
+    items[1] = extra;
+    const QString file = output("extra.mp4");
+    Remuxer remuxer(items, {at(1.0), at(5.0)}, settings(file));
+    EncoderRun run(remuxer);
+    ASSERT_EQ(run.doneTrue, 1);
+    EXPECT_EQ(testsupport::probeStreams(file).size(), 2u);
+    expectContinuousTimestamps(file);
+}
+
 TEST_F(RemuxerTest, only_video_drops_the_sound) {
     const QString file = output("silent.mov");
     EncodingSettings chosen = settings(file);
