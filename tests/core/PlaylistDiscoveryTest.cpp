@@ -22,11 +22,6 @@ using testsupport::placeVideo;
 
 namespace {
 
-#define REQUIRE_TRACK_LOADER()                                                                                  \
-    if (!testsupport::trackLoaderWorks())                                                                                    \
-    GTEST_SKIP() << "the NMEA track loader is not available yet"
-
-QDateTime local(const char* dateTime) { return QDateTime::fromString(dateTime, Qt::ISODate).toLocalTime(); }
 QDateTime localTime(int h, int m, int s) { return QDateTime(QDate(2024, 3, 7), QTime(h, m, s), Qt::LocalTime); }
 
 class PlaylistDiscoveryTest : public testing::Test {
@@ -308,7 +303,6 @@ TEST_F(PlaylistDiscoveryTest, cancel_stops_the_load) {
 // Track timing: these need the NMEA parser.
 
 TEST_F(PlaylistDiscoveryTest, track_with_a_fix_every_second_times_the_item_by_track) {
-    REQUIRE_TRACK_LOADER();
     placeVideo(path("Normal/2024_0307_140509_F.MP4"), 2);
     const QDateTime firstFix = localTime(15, 0, 0); // the file name is wrong: the track decides
     testsupport::writeTrack(path("Normal/2024_0307_140509_F.NMEA"), testsupport::standingFixes(firstFix, 60, 50.0, 14.0));
@@ -325,7 +319,6 @@ TEST_F(PlaylistDiscoveryTest, track_with_a_fix_every_second_times_the_item_by_tr
 }
 
 TEST_F(PlaylistDiscoveryTest, track_starting_without_fix_times_the_item_before_its_first_fix) {
-    REQUIRE_TRACK_LOADER();
     placeVideo(path("Normal/clip.MP4"), 1);
     const QDateTime start = localTime(15, 0, 0);
     testsupport::writeTrack(path("Normal/clip.nmea"), testsupport::standingFixes(start, 60, 50.0, 14.0, 10));
@@ -337,7 +330,6 @@ TEST_F(PlaylistDiscoveryTest, track_starting_without_fix_times_the_item_before_i
 }
 
 TEST_F(PlaylistDiscoveryTest, two_missing_fixes_of_sixty_still_count_as_by_track) {
-    REQUIRE_TRACK_LOADER();
     placeVideo(path("Normal/clip.MP4"), 1);
     const QDateTime start = localTime(15, 0, 0);
     auto fixes = testsupport::standingFixes(start, 60, 50.0, 14.0);
@@ -351,7 +343,6 @@ TEST_F(PlaylistDiscoveryTest, two_missing_fixes_of_sixty_still_count_as_by_track
 }
 
 TEST_F(PlaylistDiscoveryTest, track_without_positions_is_dropped) {
-    REQUIRE_TRACK_LOADER();
     placeVideo(path("Normal/2024_0307_140509_F.MP4"));
     testsupport::writeTrack(path("Normal/2024_0307_140509_F.nmea"),
                             testsupport::standingFixes(localTime(15, 0, 0), 5, 50.0, 14.0, 5));

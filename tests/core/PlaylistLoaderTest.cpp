@@ -161,8 +161,6 @@ TEST_F(PlaylistLoaderTest, cancel_during_the_load_ends_it_with_canceled) {
 }
 
 TEST_F(PlaylistLoaderTest, tracks_split_a_morning_into_trip_parking_and_trip) {
-    if (!testsupport::trackLoaderWorks())
-        GTEST_SKIP() << "the NMEA track loader is not available yet";
     // Ten one-minute recordings: two minutes of driving, six standing, two driving again.
     const QDateTime start(QDate(2024, 3, 7), QTime(14, 0), Qt::LocalTime);
     double north = 0.0;

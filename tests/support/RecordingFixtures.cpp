@@ -102,13 +102,4 @@ QByteArray nmeaTrack(const std::vector<Fix>& fixes) {
 
 void writeTrack(const QString& path, const std::vector<Fix>& fixes) { writeFile(path, nmeaTrack(fixes)); }
 
-bool trackLoaderWorks() {
-    try {
-        const auto fixes = standingFixes(QDateTime(QDate(2024, 5, 4), QTime(12, 0), Qt::UTC), 3, 50.0, 14.0);
-        return TrackLoader::loadBytes(nmeaTrack(fixes)).positions.size() == 3;
-    } catch (const std::exception&) {
-        return false;
-    }
-}
-
 } // namespace testsupport

@@ -30,7 +30,5 @@ std::vector<Fix> standingFixes(const QDateTime& utcStart, int count, double lati
 QByteArray nmeaTrack(const std::vector<Fix>& fixes);
 void writeTrack(const QString& path, const std::vector<Fix>& fixes);
 
-// Whether the NMEA track loader reads a track written above. Tests of track timing skip without it.
-bool trackLoaderWorks();
 
 } // namespace testsupport
