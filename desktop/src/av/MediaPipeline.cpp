@@ -16,6 +16,8 @@ constexpr double kDecoderLateMs = 60;
 // Lag behind the clock at which the decoder skips non-reference frames, and then all but key frames.
 constexpr double kSkipNonRefMs = 60;
 constexpr double kSkipNonKeyMs = 300;
+// Key frames only is a last resort for fast forward; at normal speed the decoder catches up by itself.
+constexpr double kSkipNonKeySpeed = 2.0;
 
 std::runtime_error failure(const std::string& text) {
     return std::runtime_error(text);
@@ -245,7 +247,7 @@ void MediaPipeline::videoLoop() {
 
 bool MediaPipeline::sendVideoPacket(const AVPacket* packet, int serial, double& seekTarget) {
     if (packet && seekTarget < 0)
-        adjustSkipping(toMs(packet->dts == AV_NOPTS_VALUE ? packet->pts : packet->dts,
+        adjustSkipping(toMs(packet->pts == AV_NOPTS_VALUE ? packet->dts : packet->pts,
                             m_format->streams[m_videoStream]->time_base),
                        packet->flags & AV_PKT_FLAG_KEY);
     const int sent = avcodec_send_packet(m_video.get(), packet);
@@ -284,17 +286,18 @@ bool MediaPipeline::deliverFrame(FramePtr frame, int serial, double& seekTarget)
 }
 
 // ffplay's idea: when decoding falls behind the clock (high speed), decode less rather than fall further.
-// The level only goes down again at a key frame, so that no picture refers to one that was skipped.
+// Leaving key-frames-only waits for a key frame, so that no picture refers to one that was skipped;
+// nothing refers to non-reference pictures, so that level can end at once.
 void MediaPipeline::adjustSkipping(double packetMs, bool keyPacket) {
     if (!m_clock.isRunning())
         return;
     const double lag = m_clock.valueMs() - packetMs;
     int wanted = AVDISCARD_DEFAULT;
-    if (lag > kSkipNonKeyMs)
+    if (lag > kSkipNonKeyMs && m_clock.speed() >= kSkipNonKeySpeed)
         wanted = AVDISCARD_NONKEY;
     else if (lag > kSkipNonRefMs)
         wanted = AVDISCARD_NONREF;
-    if (wanted > m_discard || (wanted < m_discard && keyPacket)) {
+    if (wanted > m_discard || (wanted < m_discard && (keyPacket || m_discard != AVDISCARD_NONKEY))) {
         m_discard = wanted;
         m_video->skip_frame = static_cast<AVDiscard>(wanted);
     }

@@ -36,6 +36,7 @@ bool soundDeviceAvailable() {
 
 Player::Player(std::shared_ptr<TimeSource> time, QObject* parent)
     : QObject(parent), m_clock(std::move(time)), m_audioSink(std::make_unique<AudioSink>()) {
+    qRegisterMetaType<av::Player::State>("av::Player::State");
     m_presenter.setTimerType(Qt::PreciseTimer);
     m_presenter.setInterval(kPresentIntervalMs);
     connect(&m_presenter, &QTimer::timeout, this, &Player::present);

@@ -4,6 +4,7 @@
 
 #include "av/Clock.h"
 #include "av/MediaQueues.h"
+#include "av/VideoWidget.h"
 
 #include <QElapsedTimer>
 #include <QImage>
@@ -20,7 +21,6 @@ namespace av {
 
 class AudioSink;
 class MediaPipeline;
-class VideoWidget;
 
 // Lives on the GUI thread, except load(), which may run on any thread before the player is used.
 // The GUI thread never decodes and never waits for a decoder: a timer picks already decoded pictures
