@@ -232,13 +232,21 @@ void MediaPipeline::videoLoop() {
         if (entry->kind == PacketEntry::Kind::EndOfFile) {
             sendVideoPacket(nullptr, serial, seekTarget);
             avcodec_flush_buffers(m_video.get());  // ready to decode again after a later seek
+            const auto giveUp = [this, serial] { return m_stop.load() || m_serial.load() != serial; };
             VideoFrame end;
             end.endOfStream = true;
             end.serial = serial;
-            end.seekResult = seekTarget >= 0;  // a seek past the last frame ends here
-            end.ptsMs = seekTarget;
+            if (seekTarget >= 0 && m_lastPassed.frame) {
+                // Sought past the last picture: that picture is the answer.
+                m_lastPassed.seekResult = true;
+                m_frames.push(std::move(m_lastPassed), giveUp);
+            } else if (seekTarget >= 0) {
+                end.seekResult = true;
+                end.ptsMs = seekTarget;
+            }
+            m_lastPassed = {};
             seekTarget = -1;
-            m_frames.push(std::move(end), [this, serial] { return m_stop.load() || m_serial.load() != serial; });
+            m_frames.push(std::move(end), giveUp);
             continue;
         }
         sendVideoPacket(entry->packet.get(), serial, seekTarget);
@@ -273,8 +281,12 @@ bool MediaPipeline::deliverFrame(FramePtr frame, int serial, double& seekTarget)
     out.serial = serial;
     if (seekTarget >= 0) {
         // Exact seek: everything between the key frame and the target is decoded but not shown.
-        if (out.endMs() <= seekTarget + 0.001)
+        if (out.endMs() <= seekTarget + 0.001) {
+            out.frame = shareFrame(std::move(frame));
+            m_lastPassed = std::move(out);
             return true;
+        }
+        m_lastPassed = {};
         out.seekResult = true;
         seekTarget = -1;
     } else if (m_clock.isRunning() && out.endMs() < m_clock.valueMs() - kDecoderLateMs) {

@@ -66,6 +66,7 @@ private:
     double m_durationMs = 0;
     double m_frameDurationMs = 40;
     VideoFrame m_firstFrame;
+    VideoFrame m_lastPassed;  // decoder thread: the latest picture a seek went past
 
     PacketQueue m_videoPackets{256};
     FrameQueue m_frames{6};

@@ -51,7 +51,7 @@ void VideoWidget::paintEvent(QPaintEvent*) {
         m_imageStale = false;
     }
     painter.translate(width() / 2.0, height() / 2.0);
-    painter.rotate(m_orientation);
+    painter.rotate(-m_orientation);  // QPainter turns clockwise
     painter.drawImage(QPointF(-imageSize.width() / 2.0, -imageSize.height() / 2.0), m_image);
 }
 

@@ -1,4 +1,4 @@
-// Shows a player's current picture aspect-fit on black, turned by 0, 90, 180 or 270 degrees.
+// Shows a player's current picture aspect-fit on black, turned counter-clockwise by 0, 90, 180 or 270 degrees.
 #pragma once
 
 #include "av/Ffmpeg.h"
@@ -25,7 +25,8 @@ public:
     // The displayed size of the current picture (before turning); empty when cleared.
     QSize frameSize() const { return m_frameSize; }
 
-    // Clockwise degrees: 0, 90, 180 or 270; other values are brought to the nearest of those.
+    // Counter-clockwise degrees: 0, 90, 180 or 270; other values are brought to the nearest of those.
+    // Turning a captured picture by -orientation (QTransform::rotate) makes it look as shown.
     void setOrientation(int degrees);
     int orientation() const { return m_orientation; }
 
