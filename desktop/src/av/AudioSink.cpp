@@ -11,7 +11,8 @@ constexpr qint64 kCapacityBytes = 48000 * 4 / 2;
 } // namespace
 
 AudioSink::AudioSink(QObject* parent) : QIODevice(parent) {
-    open(QIODevice::ReadOnly);
+    // Unbuffered: QIODevice's own read-ahead would hide sound (and silence) from the ring.
+    open(QIODevice::ReadOnly | QIODevice::Unbuffered);
 }
 
 QAudioFormat AudioSink::format() {

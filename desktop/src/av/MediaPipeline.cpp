@@ -83,9 +83,10 @@ void MediaPipeline::open(const QString& file, AudioSink* sink) {
     if (rate.num > 0 && rate.den > 0)
         m_frameDurationMs = 1000.0 / av_q2d(rate);
 
+    // Without a sound device the sound is not even read.
     const AVCodec* audioCodec = nullptr;
     m_audioStream = av_find_best_stream(format, AVMEDIA_TYPE_AUDIO, -1, m_videoStream, &audioCodec, 0);
-    if (m_audioStream >= 0 && audioCodec) {
+    if (m_audioStream >= 0 && audioCodec && sink) {
         AVStream* audio = format->streams[m_audioStream];
         CodecContextPtr context(avcodec_alloc_context3(audioCodec));
         avcodec_parameters_to_context(context.get(), audio->codecpar);
@@ -289,7 +290,9 @@ bool MediaPipeline::deliverFrame(FramePtr frame, int serial, double& seekTarget)
         m_lastPassed = {};
         out.seekResult = true;
         seekTarget = -1;
-    } else if (m_clock.isRunning() && out.endMs() < m_clock.valueMs() - kDecoderLateMs) {
+    } else if (m_discard != AVDISCARD_NONKEY && m_clock.isRunning() &&
+               out.endMs() < m_clock.valueMs() - kDecoderLateMs) {
+        // Late pictures are thrown away here, except the key frames of fast forward: they are all it has.
         ++m_lateDropped;
         return true;
     }

@@ -23,7 +23,8 @@ class AudioSink;
 // takes decoded frames from frames() and never waits for the threads. Seeks bump the serial.
 class MediaPipeline {
 public:
-    // Throws std::runtime_error with a readable text when the file cannot be played.
+    // Throws std::runtime_error with a readable text when the file cannot be played. `sink` may be null
+    // (no sound device): the sound is then skipped.
     MediaPipeline(const QString& file, const Clock& clock, AudioSink* sink);
     ~MediaPipeline();
     MediaPipeline(const MediaPipeline&) = delete;
