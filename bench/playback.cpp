@@ -179,6 +179,17 @@ void seekLatency(const QString& file, int mediaSeconds) {
     std::printf("exact seek 1080p (key frame each second, paused, 40 random targets): median %.0f ms, p95 %.0f ms, "
                 "max %.0f ms\n",
                 percentile(latencies, 0.5), percentile(latencies, 0.95), percentile(latencies, 1));
+    // For scale on this machine: the ffmpeg tool's own exact seek to one frame, process start included.
+    std::vector<double> tool;
+    random.seed(7);
+    for (int i = 0; i < 10; ++i) {
+        double seconds = 0;
+        runFfmpeg({"-ss", QString::number(position(random) / 1000.0), "-i", file, "-an", "-frames:v", "1", "-f", "null", "-"},
+                  &seconds);
+        tool.push_back(seconds * 1000);
+    }
+    std::printf("  for scale, ffmpeg -ss T -i FILE -frames:v 1 -f null - (10 targets): median %.0f ms, max %.0f ms\n",
+                percentile(tool, 0.5), percentile(tool, 1));
 }
 
 void loadTime(const QString& front, const QString& rear) {

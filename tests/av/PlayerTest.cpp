@@ -71,8 +71,20 @@ TEST_F(PlayerTest, shows_the_frame_of_each_clock_time_in_turn) {
 TEST_F(PlayerTest, a_jump_of_the_clock_drops_the_frames_in_between) {
     load();
     player.play();
-    ASSERT_TRUE(showsAt(middleOf(40), 40)) << "shown instead: " << shownFrame(player);
+    ASSERT_TRUE(showsAt(middleOf(7), 7)) << "shown instead: " << shownFrame(player);
     EXPECT_GT(player.framesDropped(), 0);
+}
+
+TEST_F(PlayerTest, far_behind_the_clock_the_decoder_jumps_to_the_next_key_frame) {
+    load();
+    player.play();
+    // 1.35 s behind: decoding every picture from frame 0 would only fall further behind.
+    time->advanceMs(middleOf(40));
+    testsupport::runEventsFor(300);
+    // Only the few pictures decoded ahead before the jump come out; the rest up to key frame 60 are skipped.
+    EXPECT_LT(shownFrame(player), 10);
+    ASSERT_TRUE(showsAt(middleOf(60), 60));
+    ASSERT_TRUE(showsAt(middleOf(61), 61));  // and from there on every picture again
 }
 
 TEST_F(PlayerTest, pause_freezes_the_picture_and_play_on_resumes_from_there) {

@@ -211,3 +211,12 @@ TEST_F(MultiAVPlayerTest, a_second_capture_while_one_is_under_way_is_refused) {
     ASSERT_TRUE(waitUntil([&] { return captured.count() == 1; }));
     EXPECT_NO_THROW(cameras.startCapture({1}));
 }
+
+TEST_F(MultiAVPlayerTest, step_forward_moves_every_camera_one_frame) {
+    holdAt(10);
+    cameras.stepForward();
+    ASSERT_TRUE(waitUntil([&] { return shownFrame(cameras, 0) == 11 && shownFrame(cameras, 1) == 11; }));
+    cameras.stepForward();
+    ASSERT_TRUE(waitUntil([&] { return shownFrame(cameras, 0) == 12 && shownFrame(cameras, 1) == 12; }));
+    EXPECT_EQ(cameras.position(), 400);
+}

@@ -15,9 +15,8 @@ constexpr const char* kLogger = "av.MediaPipeline";
 constexpr double kDecoderLateMs = 60;
 // Lag behind the clock at which the decoder skips non-reference frames, and then all but key frames.
 constexpr double kSkipNonRefMs = 60;
+// (Beyond the second, decoding every picture cannot catch up: it jumps to the next key frame instead.)
 constexpr double kSkipNonKeyMs = 300;
-// Key frames only is a last resort for fast forward; at normal speed the decoder catches up by itself.
-constexpr double kSkipNonKeySpeed = 2.0;
 
 std::runtime_error failure(const std::string& text) {
     return std::runtime_error(text);
@@ -308,7 +307,7 @@ void MediaPipeline::adjustSkipping(double packetMs, bool keyPacket) {
         return;
     const double lag = m_clock.valueMs() - packetMs;
     int wanted = AVDISCARD_DEFAULT;
-    if (lag > kSkipNonKeyMs && m_clock.speed() >= kSkipNonKeySpeed)
+    if (lag > kSkipNonKeyMs)
         wanted = AVDISCARD_NONKEY;
     else if (lag > kSkipNonRefMs)
         wanted = AVDISCARD_NONREF;
