@@ -69,8 +69,8 @@ private:
     VideoFrame m_firstFrame;
     VideoFrame m_lastPassed;  // decoder thread: the latest picture a seek went past
 
-    PacketQueue m_videoPackets{256};
-    FrameQueue m_frames{6};
+    PacketQueue m_videoPackets{90};  // 3 s at 30 fps: enough to ride out a slow disk, little memory
+    FrameQueue m_frames{4};  // a few pictures ahead; each more costs 3 MB in 1080p
     std::atomic<int> m_serial{0};
     std::atomic<bool> m_stop{false};
 
