@@ -2,7 +2,11 @@
 
 #include "logging/Logging.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDir>
+#include <QEventLoop>
+#include <QThread>
 
 #include <mutex>
 
@@ -19,6 +23,18 @@ void collect(const std::string& line) {
 
 QString fixturePath(const QString& relative) {
     return QDir(QStringLiteral(REELVUE_FIXTURES_DIR)).absoluteFilePath(relative);
+}
+
+bool waitUntil(const std::function<bool()>& condition, int timeoutMs) {
+    QDeadlineTimer deadline(timeoutMs);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return condition();
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QThread::msleep(5);
+    }
+    return true;
 }
 
 LogCapture::LogCapture() : m_previousLevel(logging::level()) {

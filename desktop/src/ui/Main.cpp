@@ -2,6 +2,7 @@
 #include "core/ApplicationOptions.h"
 #include "core/Startup.h"
 #include "logging/Logging.h"
+#include "ui/AppUpdater.h"
 #include "ui/MainWindow.h"
 
 #include <QApplication>
@@ -59,6 +60,7 @@ int main(int argc, char** argv) {
 
     auto window = std::make_unique<MainWindow>();
     window->show();
+    AppUpdater::instance().checkForUpdate();
 
     const int exitCode = app->exec();
     window.reset();

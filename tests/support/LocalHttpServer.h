@@ -1,0 +1,34 @@
+// A small HTTP/1.0 server on 127.0.0.1 for tests of network clients. Runs on the test's own thread.
+#pragma once
+
+#include <QByteArray>
+#include <QMap>
+#include <QTcpServer>
+#include <QUrl>
+
+namespace testsupport {
+
+class LocalHttpServer : public QObject {
+    Q_OBJECT
+public:
+    struct Response {
+        int status = 200;
+        QByteArray body;
+        QByteArray location;      // for redirects
+        qint64 dropAfter = -1;    // close the connection after this many body bytes (announcing the full length)
+    };
+
+    LocalHttpServer();
+    QUrl url(const QString& path) const;
+    void route(const QString& path, const Response& response);
+    int requestCount(const QString& path) const { return m_requests.value(path); }
+
+private:
+    void onConnection();
+
+    QTcpServer m_server;
+    QMap<QString, Response> m_routes;
+    QMap<QString, int> m_requests;
+};
+
+} // namespace testsupport
