@@ -3,6 +3,7 @@
 #include "av/Clock.h"
 #include "av/MediaPipeline.h"
 #include "support/EventWait.h"
+#include "support/TestSupport.h"
 #include "support/StripeMedia.h"
 
 #include <gtest/gtest.h>

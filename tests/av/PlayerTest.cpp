@@ -2,6 +2,7 @@
 #include "av/FrameConverter.h"
 #include "av/Player.h"
 #include "support/EventWait.h"
+#include "support/TestSupport.h"
 #include "support/StripeMedia.h"
 
 #include <QFile>

@@ -2,6 +2,7 @@
 #include "av/Player.h"
 #include "av/VideoWidget.h"
 #include "support/EventWait.h"
+#include "support/TestSupport.h"
 #include "support/StripeMedia.h"
 
 #include <QSignalSpy>

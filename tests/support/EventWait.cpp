@@ -1,4 +1,4 @@
-// Event-loop waits for tests.
+// Event-loop runs of a fixed length for tests.
 #include "support/EventWait.h"
 
 #include <QCoreApplication>
@@ -6,18 +6,6 @@
 #include <QThread>
 
 namespace testsupport {
-
-bool waitUntil(const std::function<bool()>& condition, int timeoutMs) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > timeoutMs)
-            return condition();
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-        QThread::msleep(1);
-    }
-    return true;
-}
 
 void runEventsFor(int ms) {
     QElapsedTimer timer;

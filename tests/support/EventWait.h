@@ -1,12 +1,7 @@
-// Waiting in tests for something that happens on other threads or later in the event loop.
+// Letting the event loop run in tests for a while (waitUntil in TestSupport.h waits for a condition).
 #pragma once
 
-#include <functional>
-
 namespace testsupport {
-
-// Runs the event loop until `condition` holds or `timeoutMs` passed; returns the last value of `condition`.
-bool waitUntil(const std::function<bool()>& condition, int timeoutMs = 5000);
 
 // Runs the event loop for `ms` milliseconds.
 void runEventsFor(int ms);
