@@ -148,6 +148,14 @@ TEST_F(PlayerTest, end_of_file_keeps_the_last_frame_and_stops_once) {
     EXPECT_EQ(shownFrame(player), 119);
     EXPECT_EQ(player.state(), Player::State::Stopped);
 
+    player.pause(false);  // nothing left to play
+    EXPECT_EQ(player.state(), Player::State::Stopped);
+    player.setPosition(static_cast<qint64>(middleOf(100)));  // back into the file, then on (cycle play)
+    ASSERT_TRUE(waitForFrame(100));
+    player.pause(false);
+    EXPECT_EQ(player.state(), Player::State::Playing);
+    ASSERT_TRUE(showsAt(middleOf(101), 101));
+
     player.play();  // plays again from the start position
     EXPECT_TRUE(waitForFrame(0));
 }

@@ -151,7 +151,6 @@ void MediaPipeline::start() {
 
 int MediaPipeline::seek(double targetMs) {
     std::lock_guard<std::mutex> lock(m_seekMutex);
-    m_seekRequested = true;
     m_seekTargetMs = targetMs;
     m_seekSerial = ++m_serial;
     m_seekPending = true;
@@ -172,7 +171,6 @@ void MediaPipeline::readLoop() {
                 std::lock_guard<std::mutex> lock(m_seekMutex);
                 target = m_seekTargetMs;
                 serial = m_seekSerial;
-                m_seekRequested = false;
                 m_seekPending = false;
             }
             AVStream* video = m_format->streams[m_videoStream];
@@ -300,8 +298,9 @@ bool MediaPipeline::deliverFrame(FramePtr frame, int serial, double& seekTarget)
 }
 
 // ffplay's idea: when decoding falls behind the clock (high speed), decode less rather than fall further.
-// Leaving key-frames-only waits for a key frame, so that no picture refers to one that was skipped;
-// nothing refers to non-reference pictures, so that level can end at once.
+// Leaving key-frames-only waits for a key frame that is not late yet, so that no picture refers to one that
+// was skipped and the pictures after it have a chance; nothing refers to non-reference pictures, so that
+// level can end at once.
 void MediaPipeline::adjustSkipping(double packetMs, bool keyPacket) {
     if (!m_clock.isRunning())
         return;
@@ -311,7 +310,8 @@ void MediaPipeline::adjustSkipping(double packetMs, bool keyPacket) {
         wanted = AVDISCARD_NONKEY;
     else if (lag > kSkipNonRefMs)
         wanted = AVDISCARD_NONREF;
-    if (wanted > m_discard || (wanted < m_discard && (keyPacket || m_discard != AVDISCARD_NONKEY))) {
+    const bool mayLeaveNonKey = keyPacket && lag <= 0;
+    if (wanted > m_discard || (wanted < m_discard && (m_discard != AVDISCARD_NONKEY || mayLeaveNonKey))) {
         m_discard = wanted;
         m_video->skip_frame = static_cast<AVDiscard>(wanted);
     }

@@ -75,7 +75,6 @@ private:
     std::atomic<bool> m_stop{false};
 
     std::mutex m_seekMutex;
-    bool m_seekRequested = false;
     double m_seekTargetMs = 0;
     int m_seekSerial = 0;
     std::atomic<bool> m_seekPending{false};

@@ -79,10 +79,12 @@ void Player::play() {
     const bool showsStart = start < m_current.endMs() && (start >= m_current.ptsMs || atFirstFrame);
     m_ended = false;
     m_stepPending = false;
-    if (!showsStart)
+    if (showsStart)
+        m_clock.setValueMs(std::max(start, m_current.ptsMs));
+    else
         beginSeek(start);
-    m_clock.setValueMs(std::max(start, atFirstFrame && showsStart ? m_current.ptsMs : start));
     m_clock.start();
+    m_hasPlayed = true;
     startAudio();
     setState(State::Playing);
     m_presenter.start();
@@ -91,7 +93,10 @@ void Player::play() {
 }
 
 void Player::pause(bool paused) {
-    if (!m_pipeline || m_state == State::Stopped)
+    if (!m_pipeline)
+        return;
+    // A player that ended may play on after a seek back into the file (cycle play), not before.
+    if (m_state == State::Stopped && (paused || !m_hasPlayed || m_ended))
         return;
     setState(paused ? State::Paused : State::Playing);
 }
@@ -111,8 +116,7 @@ void Player::setPosition(qint64 ms) {
 void Player::beginSeek(double ms) {
     m_seeking = true;
     m_seekTarget = ms;
-    m_serial = m_pipeline->serial() + 1;  // the pipeline answers with this serial
-    m_serial = m_pipeline->seek(ms);
+    m_serial = m_pipeline->seek(ms);  // frames of older serials are thrown away unseen
     m_clock.setValueMs(ms);
     updateClockAndSound();
 }

@@ -49,6 +49,7 @@ public:
 
     // Starts from the start position; emits started().
     void play();
+    // Pauses or resumes. Resuming also plays on a player that reached its end and was then sought back.
     void pause(bool paused);
     bool isPaused() const { return m_state == State::Paused; }
     State state() const { return m_state; }
@@ -130,6 +131,7 @@ private:
     double m_seekTarget = 0;
     bool m_stepPending = false;
     bool m_ended = false;
+    bool m_hasPlayed = false;  // play() was called: a stopped player may be resumed after a seek
     qint64 m_startPosition = 0;
     qint64 m_stopPosition = -1;
     double m_volume = 1.0;
