@@ -5,30 +5,53 @@
 
 #include <array>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace os::nmea {
 namespace {
 
 // The longest recognised sentence (GSV) has 20 fields after the address; later fields are ignored.
 constexpr std::size_t kMaxFields = 32;
 
-// The fields of one sentence as views into its text; a field past the end reads as empty.
+// The fields of one sentence as views into its text; a field past the end reads as empty. Only the comma
+// positions are stored (the body is at most 252 characters), so building it costs a scan and no more.
 class Fields {
 public:
-    explicit Fields(std::string_view body) {
-        std::size_t start = 0;
-        for (;;) {
-            const std::size_t comma = body.find(',', start);
-            if (m_count < kMaxFields)
-                m_fields[m_count++] = body.substr(start, comma == std::string_view::npos ? comma : comma - start);
-            if (comma == std::string_view::npos)
-                break;
-            start = comma + 1;
+    explicit Fields(std::string_view body) : m_body(body) {
+        const char* const text = body.data();
+        const std::size_t size = body.size();
+        std::size_t count = 0; // kept local: the stores to m_ends would otherwise force it to memory
+        const auto addEnd = [&](std::size_t position) {
+            if (count < kMaxFields)
+                m_ends[count++] = static_cast<std::uint16_t>(position);
+        };
+        std::size_t i = 0;
+#if defined(__SSE2__)
+        for (; i + 16 <= size; i += 16) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + i));
+            auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_set1_epi8(','))));
+            for (; mask != 0; mask &= mask - 1)
+                addEnd(i + static_cast<std::size_t>(__builtin_ctz(mask)));
         }
+#endif
+        for (; i < size; ++i)
+            if (text[i] == ',')
+                addEnd(i);
+        addEnd(size);
+        m_count = count;
     }
-    std::string_view operator[](std::size_t index) const { return index < m_count ? m_fields[index] : std::string_view(); }
+    std::string_view operator[](std::size_t index) const {
+        if (index >= m_count)
+            return {};
+        const std::size_t begin = index == 0 ? 0 : m_ends[index - 1] + 1u;
+        return m_body.substr(begin, m_ends[index] - begin);
+    }
 
 private:
-    std::array<std::string_view, kMaxFields> m_fields;
+    std::string_view m_body;
+    std::uint16_t m_ends[kMaxFields]; // where each field ends: at its comma, or at the end of the body
     std::size_t m_count = 0;
 };
 
@@ -277,14 +300,42 @@ SentenceKind decodeSentence(std::string_view sentence, ISentenceHandler& handler
         handler.onUnknown(address);
         return SentenceKind::Any;
     }
-    for (const RecognisedType& recognised : kRecognisedTypes) {
-        if (recognised.descriptor.matches(address)) {
-            recognised.decode(fields, handler);
-            return recognised.descriptor.kind;
+    // Same choice as findDescriptor() over the table, by a switch on the type letters.
+    const std::string_view type = address.type;
+    Decoder decode = nullptr;
+    SentenceKind kind = SentenceKind::Any;
+    if (address.manufacturer.empty() && type.size() == 3) {
+        const auto key = static_cast<std::uint32_t>(type[0]) << 16 | static_cast<std::uint32_t>(type[1]) << 8 |
+                         static_cast<std::uint32_t>(type[2]);
+        constexpr auto k = [](const char (&t)[4]) {
+            return static_cast<std::uint32_t>(t[0]) << 16 | static_cast<std::uint32_t>(t[1]) << 8 |
+                   static_cast<std::uint32_t>(t[2]);
+        };
+        switch (key) {
+        case k("RMC"): decode = &decodeRmc; kind = SentenceKind::Rmc; break;
+        case k("GGA"): decode = &decodeGga; kind = SentenceKind::Gga; break;
+        case k("GSA"): decode = &decodeGsa; kind = SentenceKind::Gsa; break;
+        case k("GSV"): decode = &decodeGsv; kind = SentenceKind::Gsv; break;
+        case k("VTG"): decode = &decodeVtg; kind = SentenceKind::Vtg; break;
+        case k("GLL"): decode = &decodeGll; kind = SentenceKind::Gll; break;
+        case k("ZDA"): decode = &decodeZda; kind = SentenceKind::Zda; break;
+        case k("GST"): decode = &decodeGst; kind = SentenceKind::Gst; break;
+        case k("HDG"): decode = &decodeHdg; kind = SentenceKind::Hdg; break;
+        case k("DPT"): decode = &decodeDpt; kind = SentenceKind::Dpt; break;
+        case k("DBT"): decode = &decodeDbt; kind = SentenceKind::Dbt; break;
+        case k("MTW"): decode = &decodeMtw; kind = SentenceKind::Mtw; break;
+        default: break;
         }
+    } else if (address.manufacturer == "GRM" && type == "Z") {
+        decode = &decodePgrmz;
+        kind = SentenceKind::Pgrmz;
     }
-    handler.onUnknown(address);
-    return SentenceKind::Any;
+    if (!decode) {
+        handler.onUnknown(address);
+        return SentenceKind::Any;
+    }
+    decode(fields, handler);
+    return kind;
 }
 
 } // namespace os::nmea

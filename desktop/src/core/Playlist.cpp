@@ -15,3 +15,15 @@ Playlist::RawItems Playlist::rawItemsOfCategory(std::uint32_t category) const {
                  [category](const RawItemPtr& item) { return item->category == category; });
     return result;
 }
+
+const char* Playlist::timeSourceName(TimeSource source) {
+    switch (source) {
+    case TimeSource::None: return "None";
+    case TimeSource::ByFileName: return "ByFileName";
+    case TimeSource::ByTrack: return "ByTrack";
+    case TimeSource::ByTrackAndOffset: return "ByTrackAndOffset";
+    case TimeSource::ByPrev: return "ByPrev";
+    case TimeSource::ByNext: return "ByNext";
+    }
+    return "None";
+}

@@ -24,6 +24,11 @@ public:
         TrackPositions positions;
     };
 
+    // How a raw item got its interval: from its file name, from its track (with the offset of the fixes
+    // missing at its start), or from the item before or after it.
+    enum class TimeSource : std::uint8_t { None, ByFileName, ByTrack, ByTrackAndOffset, ByPrev, ByNext };
+    static const char* timeSourceName(TimeSource source);
+
     struct RawItem {
         QFileInfo mainVideo;
         std::optional<QFileInfo> rearVideo;
@@ -32,6 +37,9 @@ public:
         QDateTime to;
         std::int64_t length = 0; // whole seconds
         std::optional<Track> track;
+        TimeSource timeSource = TimeSource::None;
+        bool timeFromFileName = false; // the file name gave a start time (a track may still override it)
+        std::int64_t durationMs = 0;   // of the main video; 0 when it could not be read
 
         bool hasValidInterval() const { return from.isValid() && to.isValid() && from <= to; }
     };
@@ -46,6 +54,15 @@ public:
     };
     using ProcessedItemPtr = std::shared_ptr<const ProcessedItem>;
     using ProcessedItems = std::vector<ProcessedItemPtr>;
+
+    // Loads a playlist in the background (PlaylistLoader).
+    class ILoader {
+    public:
+        virtual ~ILoader() = default;
+        virtual void loadDirectory(const QString& dir) = 0;
+        virtual void loadFile(const QString& filePath) = 0;
+        virtual void cancel() = 0;
+    };
 
     Playlist() = default;
     Playlist(RawItems rawItems, ProcessedItems processedItems)

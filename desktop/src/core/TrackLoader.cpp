@@ -8,16 +8,23 @@
 
 #include <QFile>
 
+#include <limits>
 #include <stdexcept>
 
 namespace {
 constexpr const char* kLogger = "core.TrackLoader";
+constexpr qint64 kMaxTrackBytes = std::numeric_limits<int>::max() - 4096;
 }
 
 TrackLoader::Result TrackLoader::load(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         throw std::runtime_error(fmt::format("Failed to read file: invalid stream ('{}')", path.toStdString()));
+    // A byte array holds a little under 2 GiB; a track that large is not a dash camera's.
+    if (file.size() > kMaxTrackBytes) {
+        LOG_ERROR(kLogger, "{} is too large to load: {} bytes", path.toStdString(), file.size());
+        throw std::runtime_error(fmt::format("Failed to read file: invalid stream ('{}')", path.toStdString()));
+    }
     QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
         LOG_ERROR(kLogger, "Reading {} failed: {}", path.toStdString(), file.errorString().toStdString());

@@ -161,14 +161,14 @@ void AppUpdater::onDownloadNewAppVersionFinished() {
     }
 
     const QFileInfo urlFile(m_downloadUrl.path());
-    const QString suffix = urlFile.completeSuffix();
+    const QString suffix = urlFile.suffix();
     const QByteArray body = reply->readAll();
     QString path;
     bool written = false;
     {
         // A temporary file keeps its handle open until it is destroyed, and a file open for writing cannot
         // be executed: the scope ends before the installer starts.
-        QTemporaryFile file(QDir::temp().filePath(urlFile.baseName() + QStringLiteral("-XXXXXX") +
+        QTemporaryFile file(QDir::temp().filePath(urlFile.completeBaseName() + QStringLiteral("-XXXXXX") +
                                                    (suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix)));
         file.setAutoRemove(false);
         if (!file.open()) {

@@ -1,0 +1,99 @@
+// reelvue-cli positions: loads one track file and prints its RMC count and every position.
+#include "cli/CliCommand.h"
+#include "core/TrackLoader.h"
+
+#include <fmt/format.h>
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+constexpr std::size_t kFlushBytes = 64 * 1024; // keeps output of long tracks in bounded pieces
+
+template <typename T>
+std::string optionalText(const std::optional<T>& value) {
+    return value ? fmt::format("{}", *value) : std::string("null");
+}
+
+class Output {
+public:
+    void append(const std::string& text) {
+        m_buffer += text;
+        if (m_buffer.size() >= kFlushBytes)
+            flush();
+    }
+    void flush() {
+        cliPrint(QString::fromStdString(m_buffer));
+        m_buffer.clear();
+    }
+
+private:
+    std::string m_buffer;
+};
+
+void printText(const TrackLoader::Result& track, Output& out) {
+    out.append(fmt::format("RMC sentences: {}\nPositions: {}\n", track.rmcCount, track.positions.size()));
+    out.append("time latitude longitude sentence speed course altitude hdop pdop vdop satellites\n");
+    for (const TrackPosition& p : track.positions)
+        out.append(fmt::format("{} {} {} {} {} {} {} {} {} {} {}\n", trackTimeToSeconds(p.time), p.latitude,
+                               p.longitude, p.sentenceNumber, optionalText(p.speed), optionalText(p.course),
+                               optionalText(p.altitude), optionalText(p.hdop), optionalText(p.pdop),
+                               optionalText(p.vdop), optionalText(p.satellites)));
+}
+
+void printJson(const TrackLoader::Result& track, Output& out) {
+    out.append(fmt::format("{{\"rmcCount\": {}, \"positions\": [", track.rmcCount));
+    const char* separator = "\n";
+    for (const TrackPosition& p : track.positions) {
+        out.append(fmt::format("{}{{\"time\": {}, \"latitude\": {}, \"longitude\": {}, \"sentenceNumber\": {}, "
+                               "\"speed\": {}, \"course\": {}, \"altitude\": {}, \"hdop\": {}, \"pdop\": {}, "
+                               "\"vdop\": {}, \"satellites\": {}}}",
+                               separator, trackTimeToSeconds(p.time), p.latitude, p.longitude, p.sentenceNumber,
+                               optionalText(p.speed), optionalText(p.course), optionalText(p.altitude),
+                               optionalText(p.hdop), optionalText(p.pdop), optionalText(p.vdop),
+                               optionalText(p.satellites)));
+        separator = ",\n";
+    }
+    out.append("\n]}\n");
+}
+
+int run(const QStringList& arguments) {
+    QString path;
+    bool json = false;
+    for (const QString& argument : arguments) {
+        if (argument == QLatin1String("--json")) {
+            json = true;
+        } else if (path.isEmpty() && !argument.startsWith(QLatin1String("--"))) {
+            path = argument;
+        } else {
+            cliError(QStringLiteral("Usage: reelvue-cli positions FILE [--json]"));
+            return 2;
+        }
+    }
+    if (path.isEmpty()) {
+        cliError(QStringLiteral("Usage: reelvue-cli positions FILE [--json]"));
+        return 2;
+    }
+    TrackLoader::Result track;
+    try {
+        track = TrackLoader::load(path);
+    } catch (const std::exception& error) {
+        cliError(QString::fromStdString(error.what()));
+        return 1;
+    }
+    Output out;
+    if (json)
+        printJson(track, out);
+    else
+        printText(track, out);
+    out.flush();
+    return 0;
+}
+
+const CliCommandRegistration registration{
+    {"positions", "FILE [--json]",
+     "Print the RMC count and every position of a track file (time in Unix seconds, absent values as null)", &run}};
+
+} // namespace

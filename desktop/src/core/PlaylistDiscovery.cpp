@@ -1,0 +1,344 @@
+// Recording discovery: folder layouts, companion files, timing of each recording and repair of the gaps.
+#include "core/PlaylistDiscovery.h"
+
+#include "core/ParallelFor.h"
+#include "core/RecordingFileName.h"
+#include "core/TrackLoader.h"
+#include "logging/Logging.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QSet>
+
+#include <algorithm>
+
+namespace {
+
+constexpr const char* kLogger = "core.Playlist";
+
+const QStringList kVideoMasks = {QStringLiteral("*.mp4"), QStringLiteral("*.MP4"), QStringLiteral("*.mov"),
+                                 QStringLiteral("*.MOV")};
+const QStringList kTrackMasks = {QStringLiteral("*.nmea"), QStringLiteral("*.NMEA")};
+
+// The recorder's own category folders, in the order they are scanned.
+struct CategoryFolder {
+    std::uint32_t category;
+    const char* name;
+};
+constexpr CategoryFolder kCategoryFolders[] = {
+    {Playlist::Normal, "Normal/"}, {Playlist::Parking, "Parking/"}, {Playlist::Event, "Event/"}};
+
+// Share of the discovery's progress each stage ends at.
+constexpr int kListedPercent = 5;
+constexpr int kProbedPercent = 50;
+constexpr int kTracksLoadedPercent = 95;
+
+bool isReadableDirectory(const QString& path) {
+    const QFileInfo info(path);
+    return info.isDir() && info.isReadable();
+}
+
+QFileInfoList listFiles(const QDir& dir, const QStringList& masks) {
+    return dir.entryInfoList(masks, QDir::Files | QDir::Readable,
+                             QDir::Name | QDir::IgnoreCase | QDir::LocaleAware);
+}
+
+QString describe(const Playlist::RawItem& item) {
+    return QStringLiteral("'%1' (%2 - %3)")
+        .arg(item.mainVideo.filePath(), item.from.toString(Qt::ISODate), item.to.toString(Qt::ISODate));
+}
+
+} // namespace
+
+struct PlaylistDiscovery::Entry {
+    QFileInfo mainVideo;
+    std::optional<QFileInfo> rearVideo;
+    std::uint32_t category = Playlist::Normal;
+    QString trackPath; // empty: no track file beside the video
+};
+
+struct PlaylistDiscovery::Probe {
+    std::int64_t durationMs = 0;
+    std::optional<TrackLoader::Result> track;
+};
+
+PlaylistDiscovery::PlaylistDiscovery(DurationFunction duration, ProgressFunction progress,
+                                     const std::atomic_bool* cancel)
+    : m_duration(std::move(duration)), m_progress(std::move(progress)), m_cancel(cancel) {}
+
+std::vector<PlaylistDiscovery::Folder> PlaylistDiscovery::layoutFolders(const QString& root) {
+    // Categories of the layouts: the Parking folder holds parking surveillance, the Event, SOS, RO and
+    // DVRlocked folders hold the recorder's locked event recordings, everything else is normal driving.
+    std::vector<Folder> candidates = {{root + "/F", Playlist::Normal}};
+    for (const CategoryFolder& folder : kCategoryFolders)
+        candidates.push_back({root + "/" + folder.name, folder.category});
+    candidates.push_back({root + "/DCIM/", Playlist::Normal});
+    candidates.push_back({root + "/CARDV/", Playlist::Normal});
+    if (isReadableDirectory(root + "/CARDV/")) {
+        candidates.push_back({root + "/CARDV/MOVIE/", Playlist::Normal});
+        if (isReadableDirectory(root + "/CARDV/MOVIE/")) {
+            candidates.push_back({root + "/CARDV/MOVIE/SOS/", Playlist::Event});
+            candidates.push_back({root + "/CARDV/MOVIE/RO/", Playlist::Event});
+        }
+    }
+    candidates.push_back({root + "/Lumicor DVR/", Playlist::Normal});
+    candidates.push_back({root + "/Lumicor DVR/DVRlocked", Playlist::Event});
+    candidates.push_back({root + "/DVRlocked", Playlist::Event});
+
+    std::vector<Folder> folders;
+    for (const Folder& folder : candidates) {
+        if (isReadableDirectory(folder.path))
+            folders.push_back(folder);
+        else
+            LOG_TRACE(kLogger, "Skip folder '{}': not a readable directory", folder.path.toStdString());
+    }
+    return folders;
+}
+
+std::uint32_t PlaylistDiscovery::categoryOfFolderName(const QString& folderName) {
+    if (folderName == QLatin1String("Parking"))
+        return Playlist::Parking;
+    if (folderName == QLatin1String("Event") || folderName == QLatin1String("SOS") ||
+        folderName == QLatin1String("RO") || folderName == QLatin1String("DVRlocked"))
+        return Playlist::Event;
+    return Playlist::Normal;
+}
+
+std::optional<QFileInfo> PlaylistDiscovery::rearVideoOf(const QFileInfo& mainVideo) {
+    const QString baseName = mainVideo.baseName();
+    if (baseName.isEmpty())
+        return std::nullopt;
+    const QFileInfo rear(mainVideo.dir(), baseName.chopped(1) + "R." + mainVideo.completeSuffix());
+    if (!rear.exists() || rear.absoluteFilePath() == mainVideo.absoluteFilePath())
+        return std::nullopt;
+    return rear;
+}
+
+std::vector<PlaylistDiscovery::Entry> PlaylistDiscovery::listFolder(const Folder& folder) const {
+    const QDir dir(folder.path);
+    const QFileInfoList videos = listFiles(dir, kVideoMasks);
+    QSet<QString> videoNames;
+    for (const QFileInfo& video : videos)
+        videoNames.insert(video.fileName());
+    QSet<QString> trackNames;
+    for (const QFileInfo& track : listFiles(dir, kTrackMasks))
+        trackNames.insert(track.fileName());
+
+    auto trackOf = [&](const QString& baseName) -> QString {
+        LOG_DEBUG(kLogger, "Track file base name: {}", baseName.toStdString());
+        for (const char* suffix : {".nmea", ".NMEA"})
+            if (trackNames.contains(baseName + suffix))
+                return dir.filePath(baseName + suffix);
+        return {};
+    };
+
+    // Main-camera files first claim their rear-camera partners.
+    std::vector<Entry> entries;
+    QSet<QString> claimedRears;
+    for (const QFileInfo& video : videos) {
+        const QString baseName = video.baseName();
+        if (baseName.endsWith(QLatin1Char('R')))
+            continue;
+        Entry entry{video, std::nullopt, folder.category, trackOf(baseName)};
+        const QString rearName = baseName.chopped(1) + "R." + video.completeSuffix();
+        if (!baseName.isEmpty() && rearName != video.fileName() && videoNames.contains(rearName)) {
+            entry.rearVideo = QFileInfo(dir, rearName);
+            claimedRears.insert(rearName);
+        }
+        entries.push_back(std::move(entry));
+    }
+    // A rear-camera file without a main-camera partner is still a recording the user must be able to
+    // see, so it becomes an item of its own.
+    for (const QFileInfo& video : videos) {
+        const QString baseName = video.baseName();
+        if (!baseName.endsWith(QLatin1Char('R')) || claimedRears.contains(video.fileName()))
+            continue;
+        LOG_DEBUG(kLogger, "Rear-camera file '{}' has no main-camera file, listed on its own",
+                  video.filePath().toStdString());
+        entries.push_back(Entry{video, std::nullopt, folder.category, trackOf(baseName)});
+    }
+    return entries;
+}
+
+Playlist::RawItems PlaylistDiscovery::fromDirectory(const QString& root) {
+    m_timings = {};
+    m_lastProgress = -1;
+    reportProgress(0);
+    QElapsedTimer timer;
+    timer.start();
+    std::vector<Entry> entries;
+    for (const Folder& folder : layoutFolders(root)) {
+        throwIfCanceled();
+        std::vector<Entry> found = listFolder(folder);
+        LOG_DEBUG(kLogger, "Found {} videos in '{}'", found.size(), folder.path.toStdString());
+        std::move(found.begin(), found.end(), std::back_inserter(entries));
+    }
+    // A plain directory of videos (copied off a card, say) is scanned itself when no layout matched.
+    if (entries.empty() && isReadableDirectory(root))
+        entries = listFolder({root, Playlist::Normal});
+    m_timings.listingMs = timer.elapsed();
+    if (entries.empty()) {
+        LOG_ERROR(kLogger, "Nothing found in '{}'", root.toStdString());
+        throw std::runtime_error("Nothing found");
+    }
+    LOG_INFO(kLogger, "Found {} videos in '{}'", entries.size(), root.toStdString());
+    return buildItems(std::move(entries));
+}
+
+Playlist::RawItems PlaylistDiscovery::fromFile(const QString& videoPath) {
+    m_timings = {};
+    m_lastProgress = -1;
+    reportProgress(0);
+    const QFileInfo video(videoPath);
+    if (!video.isFile() || !video.isReadable()) {
+        LOG_ERROR(kLogger, "Video file '{}' is not a readable file", videoPath.toStdString());
+        throw std::runtime_error("Nothing found");
+    }
+    Entry entry{video, rearVideoOf(video), categoryOfFolderName(video.dir().dirName()), {}};
+    LOG_DEBUG(kLogger, "Track file base name: {}", video.baseName().toStdString());
+    for (const char* suffix : {".nmea", ".NMEA"}) {
+        const QFileInfo track(video.dir(), video.baseName() + suffix);
+        if (track.isFile() && track.isReadable()) {
+            entry.trackPath = track.filePath();
+            break;
+        }
+    }
+    std::vector<Entry> entries;
+    entries.push_back(std::move(entry));
+    return buildItems(std::move(entries));
+}
+
+Playlist::RawItems PlaylistDiscovery::buildItems(std::vector<Entry> entries) {
+    reportProgress(kListedPercent);
+    const std::size_t count = entries.size();
+    std::vector<Probe> probes(count);
+    auto stageProgress = [this, count](int from, int to) {
+        return [this, count, from, to](std::size_t done) {
+            reportProgress(from + static_cast<int>((to - from) * done / count));
+        };
+    };
+
+    QElapsedTimer timer;
+    timer.start();
+    parallelFor(
+        count, [&](std::size_t i) { probes[i].durationMs = m_duration ? m_duration(entries[i].mainVideo.filePath()) : 0; },
+        stageProgress(kListedPercent, kProbedPercent), m_cancel, m_threads);
+    throwIfCanceled();
+    m_timings.probingMs = timer.restart();
+
+    parallelFor(
+        count,
+        [&](std::size_t i) {
+            if (entries[i].trackPath.isEmpty())
+                return;
+            try {
+                probes[i].track = TrackLoader::load(entries[i].trackPath);
+            } catch (const std::exception& error) {
+                LOG_ERROR(kLogger, "Failed to parse track file {} ({})", entries[i].trackPath.toStdString(),
+                          error.what());
+            }
+        },
+        stageProgress(kProbedPercent, kTracksLoadedPercent), m_cancel, m_threads);
+    throwIfCanceled();
+    m_timings.trackLoadingMs = timer.restart();
+
+    std::vector<std::shared_ptr<Playlist::RawItem>> items;
+    items.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        Entry& entry = entries[i];
+        Probe& probe = probes[i];
+        LOG_TRACE(kLogger, "Found video file '{}'", entry.mainVideo.filePath().toStdString());
+        auto item = std::make_shared<Playlist::RawItem>();
+        item->mainVideo = entry.mainVideo;
+        item->rearVideo = entry.rearVideo;
+        item->category = entry.category;
+        item->durationMs = probe.durationMs;
+        item->length = probe.durationMs / 1000;
+
+        const std::optional<QDateTime> nameTime = startTimeFromFileName(entry.mainVideo.fileName());
+        item->timeFromFileName = nameTime.has_value();
+        if (nameTime) {
+            item->from = *nameTime;
+            item->to = item->from.addMSecs(probe.durationMs);
+            item->timeSource = Playlist::TimeSource::ByFileName;
+            LOG_DEBUG(kLogger, "ByFileName {}", describe(*item).toStdString());
+        }
+
+        if (!entry.trackPath.isEmpty())
+            LOG_DEBUG(kLogger, "Found corresponding track file '{}'", entry.trackPath.toStdString());
+        if (probe.track) {
+            TrackLoader::Result& track = *probe.track;
+            if (track.positions.empty()) {
+                LOG_WARN(kLogger, "No positions in track '{}'", entry.trackPath.toStdString());
+            } else {
+                // A video that could not be probed still spans its track: one RMC sentence a second.
+                if (item->length == 0)
+                    item->length = track.rmcCount;
+                const std::int64_t spanMs = probe.durationMs > 0 ? probe.durationMs : item->length * 1000;
+                const TrackPosition& first = track.positions.front();
+                const QDateTime firstFix = trackTimeToDateTime(first.time);
+                const auto positionCount = static_cast<std::int64_t>(track.positions.size());
+                if (std::abs(positionCount - static_cast<std::int64_t>(track.rmcCount)) < 3) {
+                    item->from = firstFix;
+                    item->timeSource = Playlist::TimeSource::ByTrack;
+                } else {
+                    // The recording began before the first fix, one RMC sentence a second.
+                    item->from = firstFix.addSecs(-static_cast<qint64>(first.sentenceNumber));
+                    item->timeSource = Playlist::TimeSource::ByTrackAndOffset;
+                }
+                item->to = item->from.addMSecs(spanMs);
+                item->track = Playlist::Track{QFileInfo(entry.trackPath), firstFix,
+                                              trackTimeToDateTime(track.positions.back().time),
+                                              std::move(track.positions)};
+                LOG_DEBUG(kLogger, "{} {}", Playlist::timeSourceName(item->timeSource), describe(*item).toStdString());
+            }
+        }
+        items.push_back(std::move(item));
+    }
+
+    if (std::none_of(items.begin(), items.end(), [](const auto& item) { return item->hasValidInterval(); })) {
+        LOG_ERROR(kLogger, "None of {} videos could be dated", items.size());
+        throw std::runtime_error("Files not contain any valid GPS position.");
+    }
+    // Place each undated item next to a dated neighbour, repeating until a run of undated items is filled
+    // in from both ends.
+    for (bool repaired = true; repaired;) {
+        repaired = false;
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            Playlist::RawItem& item = *items[i];
+            if (item.hasValidInterval())
+                continue;
+            if (i > 0 && items[i - 1]->hasValidInterval()) {
+                item.from = items[i - 1]->to.addSecs(1);
+                item.to = item.from.addSecs(item.length);
+                item.timeSource = Playlist::TimeSource::ByPrev;
+                LOG_TRACE(kLogger, "ByPrev {}", describe(item).toStdString());
+                repaired = true;
+            } else if (i + 1 < items.size() && items[i + 1]->hasValidInterval()) {
+                item.to = items[i + 1]->from.addSecs(-1);
+                item.from = item.to.addSecs(-item.length);
+                item.timeSource = Playlist::TimeSource::ByNext;
+                LOG_TRACE(kLogger, "ByNext {}", describe(item).toStdString());
+                repaired = true;
+            }
+        }
+    }
+    std::stable_sort(items.begin(), items.end(), [](const auto& a, const auto& b) { return a->from < b->from; });
+    m_timings.timingMs = timer.elapsed();
+    reportProgress(100);
+
+    return Playlist::RawItems(items.begin(), items.end());
+}
+
+void PlaylistDiscovery::throwIfCanceled() const {
+    if (m_cancel && *m_cancel)
+        throw PlaylistLoadCanceled();
+}
+
+void PlaylistDiscovery::reportProgress(int percent) {
+    if (percent <= m_lastProgress)
+        return;
+    m_lastProgress = percent;
+    if (m_progress)
+        m_progress(percent);
+}

@@ -1,0 +1,124 @@
+// reelvue-cli scan and check on generated cards, as a user runs them.
+#include "support/RecordingFixtures.h"
+
+#include <QDateTime>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::HasSubstr;
+using testsupport::placeVideo;
+
+namespace {
+
+struct Result {
+    int exitCode;
+    std::string out;
+    std::string err;
+};
+
+Result runCli(const QStringList& arguments) {
+    QProcess process;
+    process.start(QStringLiteral(REELVUE_RUN_DIR "/reelvue-cli"), arguments);
+    EXPECT_TRUE(process.waitForFinished(60000));
+    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
+            process.readAllStandardError().toStdString()};
+}
+
+class ScanCommandTest : public testing::Test {
+protected:
+    void SetUp() override {
+        placeVideo(path("Normal/2024_0307_140000_F.MP4"), 2);
+        placeVideo(path("Normal/2024_0307_140000_R.MP4"), 2);
+        placeVideo(path("Normal/2024_0307_140010_F.MP4"), 2);
+        placeVideo(path("Parking/2024_0307_140100_F.MP4"), 2);
+        placeVideo(path("Event/2024_0307_140200_F.MP4"), 1);
+        testsupport::writeFile(path("Photo/.keep"), "");
+    }
+    QString path(const QString& relative) const { return m_dir.filePath(relative); }
+
+    QTemporaryDir m_dir;
+};
+
+} // namespace
+
+TEST_F(ScanCommandTest, lists_raw_items_trips_parking_and_events_as_json) {
+    const Result result = runCli({"scan", m_dir.path(), "--json"});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const QJsonObject root = QJsonDocument::fromJson(QByteArray::fromStdString(result.out)).object();
+    const QJsonArray raw = root["rawItems"].toArray();
+    ASSERT_EQ(raw.size(), 4);
+    const QJsonObject first = raw[0].toObject();
+    EXPECT_EQ(first["main"].toString(), path("Normal/2024_0307_140000_F.MP4"));
+    EXPECT_EQ(first["rear"].toString(), path("Normal/2024_0307_140000_R.MP4"));
+    EXPECT_EQ(first["category"].toString(), "normal");
+    EXPECT_EQ(first["from"].toString(), "2024-03-07T14:00:00");
+    EXPECT_EQ(first["to"].toString(), "2024-03-07T14:00:02");
+    EXPECT_TRUE(first["track"].isNull());
+    EXPECT_EQ(first["positions"].toInt(), 0);
+    EXPECT_EQ(first["timeSource"].toString(), "ByFileName");
+    EXPECT_EQ(raw[2].toObject()["category"].toString(), "parking");
+
+    const QJsonArray trips = root["trips"].toArray();
+    ASSERT_EQ(trips.size(), 1);
+    EXPECT_EQ(trips[0].toObject()["items"].toArray(), (QJsonArray{0, 1}));
+    const QJsonArray parking = root["parking"].toArray();
+    ASSERT_EQ(parking.size(), 1);
+    EXPECT_EQ(parking[0].toObject()["from"].toString(), "2024-03-07T14:01:00");
+    EXPECT_EQ(parking[0].toObject()["items"].toArray(), (QJsonArray{2, 3}));
+    const QJsonArray events = root["events"].toArray();
+    ASSERT_EQ(events.size(), 1);
+    EXPECT_EQ(events[0].toObject()["item"].toInt(), 3);
+}
+
+TEST_F(ScanCommandTest, text_output_names_each_part) {
+    const Result result = runCli({"scan", m_dir.path()});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("Raw items: 4"));
+    EXPECT_THAT(result.out, HasSubstr("#0 2024-03-07T14:00:00 - 2024-03-07T14:00:02 normal (ByFileName)"));
+    EXPECT_THAT(result.out, HasSubstr("rear:  " + path("Normal/2024_0307_140000_R.MP4").toStdString()));
+    EXPECT_THAT(result.out, HasSubstr("Trips: 1\n  2024-03-07T14:00:00 - 2024-03-07T14:00:12 items 0,1\n"));
+    EXPECT_THAT(result.out, HasSubstr("Parking: 1\n"));
+    EXPECT_THAT(result.out, HasSubstr("Events: 1\n  #3 2024-03-07T14:02:00"));
+}
+
+TEST_F(ScanCommandTest, scans_a_single_video_file) {
+    const Result result = runCli({"scan", path("Normal/2024_0307_140000_F.MP4"), "--json"});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const QJsonObject root = QJsonDocument::fromJson(QByteArray::fromStdString(result.out)).object();
+    EXPECT_EQ(root["rawItems"].toArray().size(), 1);
+}
+
+TEST(ScanCommand, errors_go_to_stderr_with_a_non_zero_exit) {
+    QTemporaryDir empty;
+    const Result nothing = runCli({"scan", empty.path()});
+    EXPECT_EQ(nothing.exitCode, 1);
+    EXPECT_THAT(nothing.err, HasSubstr(empty.path().toStdString() + ": Nothing found"));
+    EXPECT_TRUE(nothing.out.empty());
+
+    const Result missing = runCli({"scan", empty.path() + "/missing"});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_THAT(missing.err, HasSubstr("no such file or directory"));
+
+    EXPECT_EQ(runCli({"scan"}).exitCode, 2);
+    EXPECT_EQ(runCli({"scan", empty.path(), "--xml"}).exitCode, 2);
+}
+
+TEST(CheckCommand, tells_whether_a_path_fits_and_why_not) {
+    QTemporaryDir card;
+    testsupport::writeFile(card.filePath("DCIM/.keep"), "");
+    const Result fits = runCli({"check", card.path()});
+    EXPECT_EQ(fits.exitCode, 0);
+    EXPECT_EQ(fits.out, card.path().toStdString() + ": fits\n");
+
+    QTemporaryDir other;
+    testsupport::writeFile(other.filePath("CARDV/.keep"), "");
+    const Result notFits = runCli({"check", other.path()});
+    EXPECT_EQ(notFits.exitCode, 1);
+    EXPECT_EQ(notFits.out, other.path().toStdString() + ": does not fit: there isn't required MOVIE directory\n");
+}

@@ -1,0 +1,355 @@
+// Recording discovery on real folders: names, companions, layouts, timing, repair and bad input.
+#include "core/PlaylistDiscovery.h"
+
+#include "core/PlaylistLoader.h"
+#include "core/TrackLoader.h"
+#include "logging/Logging.h"
+#include "support/RecordingFixtures.h"
+#include "support/TestSupport.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+using testing::HasSubstr;
+using testsupport::placeVideo;
+
+namespace {
+
+QDateTime localTime(int h, int m, int s) { return QDateTime(QDate(2024, 3, 7), QTime(h, m, s), Qt::LocalTime); }
+
+class PlaylistDiscoveryTest : public testing::Test {
+protected:
+    QString path(const QString& relative) const { return m_dir.filePath(relative); }
+    Playlist::RawItems discover(unsigned threads = 0) {
+        PlaylistDiscovery discovery(&PlaylistLoader::videoDurationMs);
+        discovery.setThreadCount(threads);
+        return discovery.fromDirectory(m_dir.path());
+    }
+    std::string failureOf() {
+        try {
+            discover();
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "no failure";
+    }
+    static QString fileName(const Playlist::RawItemPtr& item) { return item->mainVideo.fileName(); }
+
+    QTemporaryDir m_dir;
+};
+
+} // namespace
+
+TEST_F(PlaylistDiscoveryTest, times_an_item_by_its_file_name_and_video_duration) {
+    placeVideo(path("Normal/2024_0307_140509_F.MP4"), 2);
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_EQ(items[0]->from, localTime(14, 5, 9));
+    EXPECT_EQ(items[0]->to, localTime(14, 5, 11));
+    EXPECT_EQ(items[0]->length, 2);
+    EXPECT_EQ(items[0]->timeSource, Playlist::TimeSource::ByFileName);
+    EXPECT_TRUE(items[0]->timeFromFileName);
+    EXPECT_FALSE(items[0]->track);
+}
+
+TEST_F(PlaylistDiscoveryTest, pairs_front_with_rear_and_finds_an_upper_case_track) {
+    placeVideo(path("Normal/2024_0307_140509_F.MP4"));
+    placeVideo(path("Normal/2024_0307_140509_R.MP4"));
+    testsupport::writeFile(path("Normal/2024_0307_140509_F.NMEA"), "");
+    testsupport::LogCapture capture;
+    logging::setLevel(logging::DEBUG);
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_EQ(fileName(items[0]), "2024_0307_140509_F.MP4");
+    ASSERT_TRUE(items[0]->rearVideo);
+    EXPECT_EQ(items[0]->rearVideo->fileName(), "2024_0307_140509_R.MP4");
+    EXPECT_EQ(capture.linesContaining("Found corresponding track file '" +
+                                      path("Normal/2024_0307_140509_F.NMEA").toStdString() + "'")
+                  .size(),
+              1u);
+    EXPECT_EQ(capture.linesContaining("Track file base name: 2024_0307_140509_F").size(), 1u);
+}
+
+TEST_F(PlaylistDiscoveryTest, rear_file_without_main_file_is_an_item_of_its_own) {
+    placeVideo(path("Normal/2024_0307_140509_R.MP4"));
+    placeVideo(path("Normal/2024_0307_140609_F.MP4"));
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 2u);
+    EXPECT_EQ(fileName(items[0]), "2024_0307_140509_R.MP4");
+    EXPECT_FALSE(items[0]->rearVideo); // a name ending in R has no rear partner of its own
+    EXPECT_FALSE(items[1]->rearVideo);
+}
+
+TEST_F(PlaylistDiscoveryTest, rear_partner_of_a_name_without_camera_letter_replaces_its_last_character) {
+    placeVideo(path("DCIM/DVR-2024-03-07_14-05-09.MP4"));
+    placeVideo(path("DCIM/DVR-2024-03-07_14-05-0R.MP4"));
+    const auto single = PlaylistDiscovery::rearVideoOf(QFileInfo(path("DCIM/DVR-2024-03-07_14-05-09.MP4")));
+    ASSERT_TRUE(single);
+    EXPECT_EQ(single->fileName(), "DVR-2024-03-07_14-05-0R.MP4");
+    EXPECT_FALSE(PlaylistDiscovery::rearVideoOf(QFileInfo(path("DCIM/DVR-2024-03-07_14-05-0R.MP4"))));
+}
+
+TEST_F(PlaylistDiscoveryTest, finds_every_layout_with_its_category) {
+    struct Case {
+        const char* file;
+        std::uint32_t category;
+    };
+    const Case cases[] = {
+        {"F/2024_0307_100000_F.MP4", Playlist::Normal},
+        {"Normal/2024_0307_100100_F.MP4", Playlist::Normal},
+        {"Parking/2024_0307_100200_F.MP4", Playlist::Parking},
+        {"Event/2024_0307_100300_F.MP4", Playlist::Event},
+        {"DCIM/2024_0307_100400_F.mov", Playlist::Normal},
+        {"CARDV/2024_0307_100500_F.MP4", Playlist::Normal},
+        {"CARDV/MOVIE/2024_0307_100600_F.MOV", Playlist::Normal},
+        {"CARDV/MOVIE/SOS/2024_0307_100700_F.MP4", Playlist::Event},
+        {"CARDV/MOVIE/RO/2024_0307_100800_F.mp4", Playlist::Event},
+        {"Lumicor DVR/2024_0307_100900_F.MP4", Playlist::Normal},
+        {"Lumicor DVR/DVRlocked/2024_0307_101000_F.MP4", Playlist::Event},
+        {"DVRlocked/2024_0307_101100_F.MP4", Playlist::Event},
+    };
+    for (const Case& c : cases)
+        placeVideo(path(c.file));
+    placeVideo(path("Other/2024_0307_101200_F.MP4")); // not a recorder folder
+    placeVideo(path("2024_0307_101300_F.MP4"));       // beside the layouts, not in one
+    const auto items = discover();
+    ASSERT_EQ(items.size(), std::size(cases));
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        SCOPED_TRACE(cases[i].file);
+        EXPECT_EQ(items[i]->mainVideo.filePath(), path(cases[i].file));
+        EXPECT_EQ(items[i]->category, cases[i].category);
+    }
+}
+
+TEST_F(PlaylistDiscoveryTest, plain_directory_of_videos_is_scanned_itself) {
+    placeVideo(path("2024_0307_101300_F.MP4"));
+    placeVideo(path("sub/2024_0307_101400_F.MP4"));
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_EQ(fileName(items[0]), "2024_0307_101300_F.MP4");
+}
+
+TEST_F(PlaylistDiscoveryTest, nothing_found_without_videos) {
+    EXPECT_EQ(failureOf(), "Nothing found");
+    testsupport::writeFile(path("Normal/notes.txt"), "x");
+    testsupport::writeFile(path("Normal/2024_0307_140509_F.NMEA"), "");
+    EXPECT_EQ(failureOf(), "Nothing found");
+}
+
+TEST_F(PlaylistDiscoveryTest, fails_when_no_video_can_be_dated) {
+    placeVideo(path("Normal/clip one.MP4"));
+    placeVideo(path("Normal/clip two.MP4"));
+    EXPECT_EQ(failureOf(), "Files not contain any valid GPS position.");
+}
+
+TEST_F(PlaylistDiscoveryTest, undated_items_follow_the_item_before_them) {
+    placeVideo(path("Normal/2024_0307_140509_F.MP4"), 2);
+    placeVideo(path("Normal/clipA.MP4"), 2);
+    placeVideo(path("Normal/clipB.MP4"), 1);
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 3u);
+    EXPECT_EQ(fileName(items[1]), "clipA.MP4");
+    EXPECT_EQ(items[1]->timeSource, Playlist::TimeSource::ByPrev);
+    EXPECT_EQ(items[1]->from, localTime(14, 5, 12)); // one second after the first ends at 14:05:11
+    EXPECT_EQ(items[1]->to, localTime(14, 5, 14));
+    EXPECT_EQ(items[2]->timeSource, Playlist::TimeSource::ByPrev);
+    EXPECT_EQ(items[2]->from, localTime(14, 5, 15));
+    EXPECT_EQ(items[2]->to, localTime(14, 5, 16));
+}
+
+TEST_F(PlaylistDiscoveryTest, undated_items_before_the_first_dated_one_are_filled_from_the_end) {
+    placeVideo(path("Normal/AAA.MP4"), 1);
+    placeVideo(path("Normal/BBB.MP4"), 2);
+    placeVideo(path("Normal/DVR-2024-03-07_14-05-09.MP4"), 1);
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 3u);
+    EXPECT_EQ(fileName(items[0]), "AAA.MP4");
+    EXPECT_EQ(items[0]->timeSource, Playlist::TimeSource::ByNext);
+    EXPECT_EQ(items[1]->timeSource, Playlist::TimeSource::ByNext);
+    EXPECT_EQ(items[1]->to, localTime(14, 5, 8));
+    EXPECT_EQ(items[1]->from, localTime(14, 5, 6));
+    EXPECT_EQ(items[0]->to, localTime(14, 5, 5));
+    EXPECT_EQ(items[0]->from, localTime(14, 5, 4));
+}
+
+TEST_F(PlaylistDiscoveryTest, items_are_sorted_by_start_across_folders) {
+    placeVideo(path("Event/2024_0307_140100_F.MP4"));
+    placeVideo(path("Normal/2024_0307_140200_F.MP4"));
+    placeVideo(path("Normal/2024_0307_140000_F.MP4"));
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 3u);
+    EXPECT_EQ(fileName(items[0]), "2024_0307_140000_F.MP4");
+    EXPECT_EQ(fileName(items[1]), "2024_0307_140100_F.MP4");
+    EXPECT_EQ(fileName(items[2]), "2024_0307_140200_F.MP4");
+}
+
+TEST_F(PlaylistDiscoveryTest, truncated_video_without_index_has_no_duration_but_is_placed) {
+    QFile source(testsupport::tinyVideo(2));
+    ASSERT_TRUE(source.open(QIODevice::ReadOnly));
+    const QByteArray bytes = source.readAll();
+    // ffmpeg writes the index (moov) at the end: the first half of the file has none.
+    testsupport::writeFile(path("Normal/2024_0307_140509_F.MP4"), bytes.left(bytes.size() / 2));
+    placeVideo(path("Normal/2024_0307_140609_F.MP4"), 1);
+    testsupport::LogCapture capture;
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 2u);
+    EXPECT_EQ(items[0]->durationMs, 0);
+    EXPECT_EQ(items[0]->from, localTime(14, 5, 9));
+    EXPECT_EQ(items[0]->to, items[0]->from);
+    EXPECT_EQ(capture.linesContaining("Unable to get duration of video " + path("Normal/2024_0307_140509_F.MP4").toStdString()).size(), 1u);
+}
+
+TEST_F(PlaylistDiscoveryTest, unparsable_track_leaves_the_item_without_track) {
+    placeVideo(path("Normal/2024_0307_140509_F.MP4"));
+    testsupport::writeFile(path("Normal/2024_0307_140509_F.nmea"), QByteArray("\x00\x01garbage\xff\xfe", 12));
+    testsupport::LogCapture capture;
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_FALSE(items[0]->track);
+    EXPECT_EQ(items[0]->timeSource, Playlist::TimeSource::ByFileName);
+    EXPECT_EQ(capture.linesContaining("Failed to parse track file " + path("Normal/2024_0307_140509_F.nmea").toStdString()).size(), 1u);
+}
+
+TEST_F(PlaylistDiscoveryTest, layout_path_that_is_a_file_is_skipped_and_the_rest_goes_on) {
+    testsupport::writeFile(path("DCIM"), "not a folder");
+    placeVideo(path("Normal/2024_0307_140509_F.MP4"));
+    EXPECT_EQ(discover().size(), 1u);
+}
+
+TEST_F(PlaylistDiscoveryTest, unreadable_folder_is_skipped_and_the_rest_goes_on) {
+    if (geteuid() == 0)
+        GTEST_SKIP() << "root reads every folder";
+    placeVideo(path("DCIM/2024_0307_140409_F.MP4"));
+    placeVideo(path("Normal/2024_0307_140509_F.MP4"));
+    QFile::setPermissions(path("DCIM"), QFile::Permissions());
+    const auto items = discover();
+    QFile::setPermissions(path("DCIM"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_EQ(fileName(items[0]), "2024_0307_140509_F.MP4");
+}
+
+TEST_F(PlaylistDiscoveryTest, names_with_spaces_and_non_ascii_characters) {
+    placeVideo(path(QStringLiteral("Lumicor DVR/DVR-2024-03-07_14-05-09 утро F.MP4")));
+    placeVideo(path(QStringLiteral("Lumicor DVR/DVR-2024-03-07_14-05-09 утро R.MP4")));
+    placeVideo(path(QStringLiteral("Lumicor DVR/Поездка у моря F.MP4")));
+    placeVideo(path(QStringLiteral("Lumicor DVR/Поездка у моря R.MP4")));
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 2u);
+    EXPECT_EQ(items[0]->from, localTime(14, 5, 9));
+    ASSERT_TRUE(items[0]->rearVideo);
+    EXPECT_EQ(items[0]->rearVideo->fileName(), QStringLiteral("DVR-2024-03-07_14-05-09 утро R.MP4"));
+    EXPECT_EQ(fileName(items[1]), QStringLiteral("Поездка у моря F.MP4"));
+    ASSERT_TRUE(items[1]->rearVideo);
+    EXPECT_EQ(items[1]->timeSource, Playlist::TimeSource::ByPrev);
+}
+
+TEST_F(PlaylistDiscoveryTest, ten_thousand_files_in_one_folder) {
+    const QDateTime start(QDate(2024, 3, 7), QTime(0, 0), Qt::LocalTime);
+    for (int i = 0; i < 10000; ++i)
+        placeVideo(path(start.addSecs(i * 5).toString(QStringLiteral("'Normal/'yyyy_MMdd_HHmmss'_F.MP4'"))));
+    QElapsedTimer timer;
+    timer.start();
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 10000u);
+    EXPECT_EQ(items.front()->from, start);
+    EXPECT_EQ(items.back()->from, start.addSecs(9999 * 5));
+    for (std::size_t i = 1; i < items.size(); ++i)
+        ASSERT_LT(items[i - 1]->from, items[i]->from);
+    std::cout << "10,000 files discovered in " << timer.elapsed() << " ms\n";
+}
+
+TEST_F(PlaylistDiscoveryTest, results_do_not_depend_on_the_number_of_threads) {
+    for (int i = 0; i < 40; ++i)
+        placeVideo(path(QStringLiteral("Normal/2024_0307_14%1_F.MP4").arg(i * 100 + 1000, 4, 10, QLatin1Char('0'))),
+                   1 + i % 3);
+    placeVideo(path("Normal/undated.MP4"), 2);
+    const auto one = discover(1);
+    const auto many = discover(4);
+    ASSERT_EQ(one.size(), many.size());
+    for (std::size_t i = 0; i < one.size(); ++i) {
+        EXPECT_EQ(one[i]->mainVideo.filePath(), many[i]->mainVideo.filePath());
+        EXPECT_EQ(one[i]->from, many[i]->from);
+        EXPECT_EQ(one[i]->to, many[i]->to);
+        EXPECT_EQ(one[i]->durationMs, many[i]->durationMs);
+    }
+}
+
+TEST_F(PlaylistDiscoveryTest, single_file_with_its_companions_and_folder_category) {
+    placeVideo(path("Parking/2024_0307_140509_F.MP4"));
+    placeVideo(path("Parking/2024_0307_140509_R.MP4"));
+    placeVideo(path("Parking/2024_0307_140609_F.MP4"));
+    PlaylistDiscovery discovery(&PlaylistLoader::videoDurationMs);
+    const auto items = discovery.fromFile(path("Parking/2024_0307_140509_F.MP4"));
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_EQ(items[0]->category, Playlist::Parking);
+    ASSERT_TRUE(items[0]->rearVideo);
+    EXPECT_THROW(discovery.fromFile(path("Parking/missing.MP4")), std::runtime_error);
+}
+
+TEST_F(PlaylistDiscoveryTest, cancel_stops_the_load) {
+    placeVideo(path("Normal/2024_0307_140509_F.MP4"));
+    std::atomic_bool cancel{true};
+    PlaylistDiscovery discovery(&PlaylistLoader::videoDurationMs, {}, &cancel);
+    EXPECT_THROW(discovery.fromDirectory(m_dir.path()), PlaylistLoadCanceled);
+}
+
+// Track timing: these need the NMEA parser.
+
+TEST_F(PlaylistDiscoveryTest, track_with_a_fix_every_second_times_the_item_by_track) {
+    placeVideo(path("Normal/2024_0307_140509_F.MP4"), 2);
+    const QDateTime firstFix = localTime(15, 0, 0); // the file name is wrong: the track decides
+    testsupport::writeTrack(path("Normal/2024_0307_140509_F.NMEA"), testsupport::standingFixes(firstFix, 60, 50.0, 14.0));
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_EQ(items[0]->timeSource, Playlist::TimeSource::ByTrack);
+    EXPECT_TRUE(items[0]->timeFromFileName);
+    EXPECT_EQ(items[0]->from, firstFix);
+    EXPECT_EQ(items[0]->to, firstFix.addSecs(2));
+    ASSERT_TRUE(items[0]->track);
+    EXPECT_EQ(items[0]->track->positions.size(), 60u);
+    EXPECT_EQ(items[0]->track->from, firstFix);
+    EXPECT_EQ(items[0]->track->to, firstFix.addSecs(59));
+}
+
+TEST_F(PlaylistDiscoveryTest, track_starting_without_fix_times_the_item_before_its_first_fix) {
+    placeVideo(path("Normal/clip.MP4"), 1);
+    const QDateTime start = localTime(15, 0, 0);
+    testsupport::writeTrack(path("Normal/clip.nmea"), testsupport::standingFixes(start, 60, 50.0, 14.0, 10));
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_EQ(items[0]->timeSource, Playlist::TimeSource::ByTrackAndOffset);
+    EXPECT_EQ(items[0]->track->positions.size(), 50u);
+    EXPECT_EQ(items[0]->from, start); // ten seconds before the first fix
+}
+
+TEST_F(PlaylistDiscoveryTest, two_missing_fixes_of_sixty_still_count_as_by_track) {
+    placeVideo(path("Normal/clip.MP4"), 1);
+    const QDateTime start = localTime(15, 0, 0);
+    auto fixes = testsupport::standingFixes(start, 60, 50.0, 14.0);
+    fixes[20].valid = false;
+    fixes[40].valid = false;
+    testsupport::writeTrack(path("Normal/clip.nmea"), fixes);
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_EQ(items[0]->timeSource, Playlist::TimeSource::ByTrack);
+    EXPECT_EQ(items[0]->from, start);
+}
+
+TEST_F(PlaylistDiscoveryTest, track_without_positions_is_dropped) {
+    placeVideo(path("Normal/2024_0307_140509_F.MP4"));
+    testsupport::writeTrack(path("Normal/2024_0307_140509_F.nmea"),
+                            testsupport::standingFixes(localTime(15, 0, 0), 5, 50.0, 14.0, 5));
+    testsupport::LogCapture capture;
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_FALSE(items[0]->track);
+    EXPECT_EQ(items[0]->timeSource, Playlist::TimeSource::ByFileName);
+    EXPECT_EQ(capture.linesContaining("No positions in track").size(), 1u);
+}
