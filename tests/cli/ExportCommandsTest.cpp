@@ -1,11 +1,11 @@
 // reelvue-cli track and copy on generated cards and real track files, as a user runs them.
 #include "core/TrackLoader.h"
+#include "support/CliRunner.h"
 #include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -13,21 +13,11 @@
 
 using testing::HasSubstr;
 
+using testsupport::CliResult;
+using testsupport::runCli;
+
 namespace {
 
-struct Result {
-    int exitCode;
-    std::string out;
-    std::string err;
-};
-
-Result runCli(const QStringList& arguments) {
-    QProcess process;
-    process.start(QStringLiteral(REELVUE_RUN_DIR "/reelvue-cli"), arguments);
-    EXPECT_TRUE(process.waitForFinished(60000));
-    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
-}
 
 QByteArray contents(const QString& path) {
     QFile file(path);
@@ -60,7 +50,7 @@ protected:
 } // namespace
 
 TEST_F(ExportCommandsTest, track_of_a_card_interval_spans_both_recordings) {
-    const Result result =
+    const CliResult result =
         runCli({"track", m_card.path(), "--format", "csv", "--from", arg(local(14, 0, 5)), "--to", arg(local(14, 0, 14)), "-o", out("drive.csv")});
     ASSERT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.out, out("drive.csv").toStdString() + "\n");
@@ -69,7 +59,7 @@ TEST_F(ExportCommandsTest, track_of_a_card_interval_spans_both_recordings) {
 }
 
 TEST_F(ExportCommandsTest, track_of_a_video_file_uses_its_own_track) {
-    const Result result = runCli({"track", card("Normal/2024_0307_140010_F.MP4"), "--format", "gpx", "-o", out("one.gpx")});
+    const CliResult result = runCli({"track", card("Normal/2024_0307_140010_F.MP4"), "--format", "gpx", "-o", out("one.gpx")});
     ASSERT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(contents(out("one.gpx")).count("<trkpt "), 10);
 }
@@ -78,7 +68,7 @@ TEST_F(ExportCommandsTest, track_file_in_every_format_and_the_nmea_copy_loads_ba
     const QString source = testsupport::fixturePath("nmea/receiver-2004.nmea");
     for (const char* format : {"nmea", "kml", "gpx", "csv", "plt"}) {
         const QString output = out(QStringLiteral("whole.%1").arg(format));
-        const Result result = runCli({"track", source, "--format", format, "-o", output});
+        const CliResult result = runCli({"track", source, "--format", format, "-o", output});
         ASSERT_EQ(result.exitCode, 0) << format << ": " << result.err;
         EXPECT_GT(QFileInfo(output).size(), 0) << format;
     }
@@ -98,7 +88,7 @@ TEST_F(ExportCommandsTest, track_refuses_bad_arguments_and_writes_nothing) {
         {"track", "--format", "gpx", "-o", out("x")},
     };
     for (const QStringList& arguments : bad) {
-        const Result result = runCli(arguments);
+        const CliResult result = runCli(arguments);
         EXPECT_EQ(result.exitCode, 2) << arguments.join(' ').toStdString();
         EXPECT_THAT(result.err, HasSubstr("Usage: reelvue-cli track"));
     }
@@ -106,7 +96,7 @@ TEST_F(ExportCommandsTest, track_refuses_bad_arguments_and_writes_nothing) {
 }
 
 TEST_F(ExportCommandsTest, track_of_an_interval_without_fixes_fails_and_leaves_no_file) {
-    const Result result =
+    const CliResult result =
         runCli({"track", m_card.path(), "--format", "kml", "--from", arg(local(15, 0, 0)), "--to", arg(local(16, 0, 0)), "-o", out("none.kml")});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.err, HasSubstr("Failed to save track"));
@@ -116,7 +106,7 @@ TEST_F(ExportCommandsTest, track_of_an_interval_without_fixes_fails_and_leaves_n
 TEST_F(ExportCommandsTest, copy_takes_the_original_files_of_the_overlapping_recordings_once) {
     const QString target = out("saved");
     const QStringList arguments = {"copy", m_card.path(), "--from", arg(local(14, 0, 0)), "--to", arg(local(14, 0, 1)), "-o", target};
-    const Result result = runCli(arguments);
+    const CliResult result = runCli(arguments);
     ASSERT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(QDir(target).entryList(QDir::Files),
               (QStringList{"2024_0307_140000_F.MP4", "2024_0307_140000_F.NMEA", "2024_0307_140000_R.MP4"}));
@@ -124,7 +114,7 @@ TEST_F(ExportCommandsTest, copy_takes_the_original_files_of_the_overlapping_reco
         EXPECT_EQ(contents(target + "/" + name), contents(card("Normal/" + name))) << name.toStdString();
 
     // A second copy into the same folder overwrites nothing and says which files are in the way.
-    const Result again = runCli(arguments);
+    const CliResult again = runCli(arguments);
     EXPECT_EQ(again.exitCode, 1);
     EXPECT_THAT(again.err, HasSubstr("Already there"));
     EXPECT_THAT(again.err, HasSubstr("2024_0307_140000_R.MP4"));
@@ -132,7 +122,7 @@ TEST_F(ExportCommandsTest, copy_takes_the_original_files_of_the_overlapping_reco
 
 TEST_F(ExportCommandsTest, copy_needs_both_times_and_an_overlapping_recording) {
     EXPECT_EQ(runCli({"copy", m_card.path(), "--from", arg(local(14, 0, 0)), "-o", out("saved")}).exitCode, 2);
-    const Result none = runCli({"copy", m_card.path(), "--from", arg(local(18, 0, 0)), "--to", arg(local(19, 0, 0)), "-o", out("saved")});
+    const CliResult none = runCli({"copy", m_card.path(), "--from", arg(local(18, 0, 0)), "--to", arg(local(19, 0, 0)), "-o", out("saved")});
     EXPECT_EQ(none.exitCode, 1);
     EXPECT_THAT(none.err, HasSubstr("No recording between"));
     EXPECT_FALSE(QFileInfo::exists(out("saved")));
