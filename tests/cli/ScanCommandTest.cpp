@@ -1,11 +1,11 @@
 // reelvue-cli scan and check on generated cards, as a user runs them.
+#include "support/CliRunner.h"
 #include "support/RecordingFixtures.h"
 
 #include <QDateTime>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -14,21 +14,11 @@
 using testing::HasSubstr;
 using testsupport::placeVideo;
 
+using testsupport::CliResult;
+using testsupport::runCli;
+
 namespace {
 
-struct Result {
-    int exitCode;
-    std::string out;
-    std::string err;
-};
-
-Result runCli(const QStringList& arguments) {
-    QProcess process;
-    process.start(QStringLiteral(REELVUE_RUN_DIR "/reelvue-cli"), arguments);
-    EXPECT_TRUE(process.waitForFinished(60000));
-    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
-}
 
 class ScanCommandTest : public testing::Test {
 protected:
@@ -48,7 +38,7 @@ protected:
 } // namespace
 
 TEST_F(ScanCommandTest, lists_raw_items_trips_parking_and_events_as_json) {
-    const Result result = runCli({"scan", m_dir.path(), "--json"});
+    const CliResult result = runCli({"scan", m_dir.path(), "--json"});
     ASSERT_EQ(result.exitCode, 0) << result.err;
     const QJsonObject root = QJsonDocument::fromJson(QByteArray::fromStdString(result.out)).object();
     const QJsonArray raw = root["rawItems"].toArray();
@@ -77,7 +67,7 @@ TEST_F(ScanCommandTest, lists_raw_items_trips_parking_and_events_as_json) {
 }
 
 TEST_F(ScanCommandTest, text_output_names_each_part) {
-    const Result result = runCli({"scan", m_dir.path()});
+    const CliResult result = runCli({"scan", m_dir.path()});
     ASSERT_EQ(result.exitCode, 0) << result.err;
     EXPECT_THAT(result.out, HasSubstr("Raw items: 4"));
     EXPECT_THAT(result.out, HasSubstr("#0 2024-03-07T14:00:00 - 2024-03-07T14:00:02 normal (ByFileName)"));
@@ -88,7 +78,7 @@ TEST_F(ScanCommandTest, text_output_names_each_part) {
 }
 
 TEST_F(ScanCommandTest, scans_a_single_video_file) {
-    const Result result = runCli({"scan", path("Normal/2024_0307_140000_F.MP4"), "--json"});
+    const CliResult result = runCli({"scan", path("Normal/2024_0307_140000_F.MP4"), "--json"});
     ASSERT_EQ(result.exitCode, 0) << result.err;
     const QJsonObject root = QJsonDocument::fromJson(QByteArray::fromStdString(result.out)).object();
     EXPECT_EQ(root["rawItems"].toArray().size(), 1);
@@ -96,12 +86,12 @@ TEST_F(ScanCommandTest, scans_a_single_video_file) {
 
 TEST(ScanCommand, errors_go_to_stderr_with_a_non_zero_exit) {
     QTemporaryDir empty;
-    const Result nothing = runCli({"scan", empty.path()});
+    const CliResult nothing = runCli({"scan", empty.path()});
     EXPECT_EQ(nothing.exitCode, 1);
     EXPECT_THAT(nothing.err, HasSubstr(empty.path().toStdString() + ": Nothing found"));
     EXPECT_TRUE(nothing.out.empty());
 
-    const Result missing = runCli({"scan", empty.path() + "/missing"});
+    const CliResult missing = runCli({"scan", empty.path() + "/missing"});
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_THAT(missing.err, HasSubstr("no such file or directory"));
 
@@ -112,13 +102,13 @@ TEST(ScanCommand, errors_go_to_stderr_with_a_non_zero_exit) {
 TEST(CheckCommand, tells_whether_a_path_fits_and_why_not) {
     QTemporaryDir card;
     testsupport::writeFile(card.filePath("DCIM/.keep"), "");
-    const Result fits = runCli({"check", card.path()});
+    const CliResult fits = runCli({"check", card.path()});
     EXPECT_EQ(fits.exitCode, 0);
     EXPECT_EQ(fits.out, card.path().toStdString() + ": fits\n");
 
     QTemporaryDir other;
     testsupport::writeFile(other.filePath("CARDV/.keep"), "");
-    const Result notFits = runCli({"check", other.path()});
+    const CliResult notFits = runCli({"check", other.path()});
     EXPECT_EQ(notFits.exitCode, 1);
     EXPECT_EQ(notFits.out, other.path().toStdString() + ": does not fit: there isn't required MOVIE directory\n");
 }

@@ -23,3 +23,6 @@ struct CliCommandRegistration {
 // Output helpers: results go to standard output, errors to standard error.
 void cliPrint(const QString& text);
 void cliError(const QString& text);
+
+// Reads the arguments "PATH [--json]". On anything else prints the usage line and returns false.
+bool parsePathAndJsonFlag(const QStringList& arguments, const QString& usage, QString* path, bool* json);

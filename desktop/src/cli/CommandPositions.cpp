@@ -62,20 +62,8 @@ void printJson(const TrackLoader::Result& track, Output& out) {
 int run(const QStringList& arguments) {
     QString path;
     bool json = false;
-    for (const QString& argument : arguments) {
-        if (argument == QLatin1String("--json")) {
-            json = true;
-        } else if (path.isEmpty() && !argument.startsWith(QLatin1String("--"))) {
-            path = argument;
-        } else {
-            cliError(QStringLiteral("Usage: reelvue-cli positions FILE [--json]"));
-            return 2;
-        }
-    }
-    if (path.isEmpty()) {
-        cliError(QStringLiteral("Usage: reelvue-cli positions FILE [--json]"));
+    if (!parsePathAndJsonFlag(arguments, QStringLiteral("Usage: reelvue-cli positions FILE [--json]"), &path, &json))
         return 2;
-    }
     TrackLoader::Result track;
     try {
         track = TrackLoader::load(path);

@@ -140,20 +140,8 @@ QString asText(const Playlist& playlist, const QHash<const Playlist::RawItem*, i
 int runScan(const QStringList& arguments) {
     QString path;
     bool json = false;
-    for (const QString& argument : arguments) {
-        if (argument == QLatin1String("--json")) {
-            json = true;
-        } else if (path.isEmpty() && !argument.startsWith(QLatin1String("--"))) {
-            path = argument;
-        } else {
-            cliError(QStringLiteral("Usage: reelvue-cli scan PATH [--json]"));
-            return 2;
-        }
-    }
-    if (path.isEmpty()) {
-        cliError(QStringLiteral("Usage: reelvue-cli scan PATH [--json]"));
+    if (!parsePathAndJsonFlag(arguments, QStringLiteral("Usage: reelvue-cli scan PATH [--json]"), &path, &json))
         return 2;
-    }
     if (!QFileInfo::exists(path)) {
         cliError(QStringLiteral("%1: no such file or directory").arg(path));
         return 1;

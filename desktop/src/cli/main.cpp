@@ -50,6 +50,24 @@ void cliError(const QString& text) {
     std::fflush(stderr);
 }
 
+bool parsePathAndJsonFlag(const QStringList& arguments, const QString& usage, QString* path, bool* json) {
+    path->clear();
+    *json = false;
+    for (const QString& argument : arguments) {
+        if (argument == QLatin1String("--json")) {
+            *json = true;
+        } else if (path->isEmpty() && !argument.startsWith(QLatin1String("--"))) {
+            *path = argument;
+        } else {
+            path->clear();
+            break;
+        }
+    }
+    if (path->isEmpty())
+        cliError(usage);
+    return !path->isEmpty();
+}
+
 int main(int argc, char** argv) {
     logging::setLineWriter(&writeLogToStderr);
     qInstallMessageHandler(qtMessageHandler);

@@ -1,0 +1,70 @@
+// reelvue-cli track PATH --format F [--from T] [--to T] -o OUT: saves the GPS track of recordings in one
+// of the player's five track formats, as its "Save track" does.
+#include "cli/CliCommand.h"
+#include "cli/CliRecordings.h"
+#include "core/TrackExtracter.h"
+
+namespace {
+
+const char* const kUsage = "PATH --format nmea|kml|gpx|csv|plt [--from T] [--to T] -o OUT";
+
+int usageError(const QString& message) {
+    cliError(QStringLiteral("%1\nUsage: reelvue-cli track %2\nT is %3 in local time")
+                 .arg(message, QLatin1String(kUsage), QLatin1String(kCliTimeFormat)));
+    return 2;
+}
+
+// An end that was not given reaches past any recording.
+QDateTime endOr(const CliOptions& options, const QString& name, const QDateTime& open, bool* ok) {
+    if (!options.has(name))
+        return open;
+    const auto time = cliParseTime(options.value(name));
+    *ok = *ok && time.has_value();
+    return time.value_or(QDateTime());
+}
+
+int runTrack(const QStringList& arguments) {
+    QString error;
+    const auto options = cliParseOptions(arguments, {"--format", "--from", "--to", "-o", "--output"}, &error);
+    if (!options)
+        return usageError(error);
+    if (options->path.isEmpty())
+        return usageError(QStringLiteral("PATH is missing"));
+    const QString output = options->has("-o") ? options->value("-o") : options->value("--output");
+    if (output.isEmpty())
+        return usageError(QStringLiteral("-o OUT is missing"));
+    const auto type = TrackExtracter::typeFromName(options->value("--format"));
+    if (!type)
+        return usageError(QStringLiteral("Unknown or missing --format: '%1'").arg(options->value("--format")));
+
+    bool timesOk = true;
+    const TimeInterval interval{endOr(*options, "--from", QDateTime::fromSecsSinceEpoch(0), &timesOk),
+                                endOr(*options, "--to", QDateTime(QDate(9999, 12, 31), QTime(23, 59, 59)), &timesOk)};
+    if (!timesOk)
+        return usageError(QStringLiteral("A time is not of the form %1").arg(QLatin1String(kCliTimeFormat)));
+    if (interval.to < interval.from)
+        return usageError(QStringLiteral("--to is before --from"));
+
+    const auto items = cliLoadRecordings(options->path, &error);
+    if (!items) {
+        cliError(QStringLiteral("%1: %2").arg(options->path, error));
+        return 1;
+    }
+    TrackExtracter job(*items, output, *type, interval);
+    bool written = false;
+    QObject::connect(&job, &TrackExtracter::done, [&written](bool ok) { written = ok; });
+    job.run();
+    if (!written) {
+        cliError(QStringLiteral("Failed to save track to %1 (no GPS position in the interval, or the file can't be "
+                                "written; --log-level error tells which)")
+                     .arg(output));
+        return 1;
+    }
+    cliPrint(QStringLiteral("%1\n").arg(output));
+    return 0;
+}
+
+const CliCommandRegistration registration{
+    {"track", kUsage, "Save the GPS track of a card, folder, video or track file as NMEA, KML, GPX, CSV or PLT", &runTrack}};
+
+} // namespace

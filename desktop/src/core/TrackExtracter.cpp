@@ -1,0 +1,298 @@
+// Writes the GPS track of a time interval to a file: an NMEA copy, KML, GPX 1.0, CSV or OziExplorer PLT.
+#include "core/TrackExtracter.h"
+
+#include "core/ExtracterNmeaSentenceHandler.h"
+#include "core/NmeaStreamAdapter.h"
+#include "core/TrackFormatWriters.h"
+#include "core/TrackLoader.h"
+#include "logging/Logging.h"
+#include "os/OutputStream.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <chrono>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <stdexcept>
+#include <vector>
+
+namespace {
+constexpr const char* kLogger = "ui.TrackExtracter";
+// Loading the track files is most of the work; writing takes the rest of the bar.
+constexpr int kLoadingPercent = 90;
+// 1 MiB: a 24-hour KML is some 40 MB; larger writes spare most of the stream's system calls.
+constexpr std::size_t kWriteBufferSize = 1 << 20;
+
+const char* const kExtensions[] = {"nmea", "kml", "csv", "gpx", "plt"};
+
+// The sentence copier writes through the parser library's stream interface.
+class StdOutputStream : public os::COutputStream {
+public:
+    explicit StdOutputStream(std::ostream& out) : m_out(out) {}
+    void write(const void* data, std::size_t count) override {
+        m_out.write(static_cast<const char*>(data), static_cast<std::streamsize>(count));
+        if (!m_out)
+            throw std::runtime_error("Writing the track file failed");
+    }
+
+private:
+    std::ostream& m_out;
+};
+
+// An output file with a large buffer; the buffer must be in place before the file is opened.
+class BufferedOutputFile {
+public:
+    explicit BufferedOutputFile(const QString& path) : m_buffer(kWriteBufferSize) {
+        m_out.rdbuf()->pubsetbuf(m_buffer.data(), static_cast<std::streamsize>(m_buffer.size()));
+        m_out.open(QFile::encodeName(path).toStdString(), std::ios::out | std::ios::binary | std::ios::trunc);
+    }
+    bool isOpen() const { return m_out.is_open(); }
+    std::ofstream& stream() { return m_out; }
+    // Flushes and closes; false when anything written was lost.
+    bool close() {
+        m_out.close();
+        return !m_out.fail();
+    }
+
+private:
+    std::vector<char> m_buffer;
+    std::ofstream m_out;
+};
+
+// A name beside the target for the file being written, so a file already at the target survives a
+// failed or cancelled run.
+QString partialPath(const QString& target) {
+    QString candidate = target + QStringLiteral(".part");
+    for (int n = 1; QFileInfo::exists(candidate); ++n)
+        candidate = target + QStringLiteral(".part%1").arg(n);
+    return candidate;
+}
+
+std::string text(const QDateTime& time) { return time.toString(Qt::ISODate).toStdString(); }
+
+} // namespace
+
+TrackExtracter::TrackExtracter(Playlist::RawItems items, QString outputPath, TrackType type, TimeInterval interval)
+    : BaseEncoder(std::move(items), std::move(interval), EncodingSettings{}), m_type(type) {
+    m_settings.filePath = std::move(outputPath);
+}
+
+QString TrackExtracter::extension(TrackType type) {
+    return type >= Nmea && type <= Plt ? QString::fromLatin1(kExtensions[type]) : QString();
+}
+
+std::optional<TrackExtracter::TrackType> TrackExtracter::typeFromName(const QString& name) {
+    for (int type = Nmea; type <= Plt; ++type)
+        if (name.compare(QLatin1String(kExtensions[type]), Qt::CaseInsensitive) == 0)
+            return static_cast<TrackType>(type);
+    return std::nullopt;
+}
+
+void TrackExtracter::encode() {
+    m_canceled = false;
+    m_lastPercent = 0;
+    const QString& target = m_settings.filePath;
+    const auto started = std::chrono::steady_clock::now();
+    LOG_INFO(kLogger, "Start saving the {} track from {} to {} into '{}'", extension(m_type).toStdString(),
+             text(m_interval.from), text(m_interval.to), target.toStdString());
+    emit progress(0);
+
+    if (extension(m_type).isEmpty()) {
+        LOG_ERROR(kLogger, "Failed to save track to '{}': unknown track type {}", target.toStdString(),
+                  static_cast<int>(m_type));
+        emit done(false);
+        return;
+    }
+    if (!m_interval.from.isValid() || !m_interval.to.isValid() || m_interval.to < m_interval.from) {
+        LOG_ERROR(kLogger, "Failed to save track to '{}': invalid interval from {} to {}", target.toStdString(),
+                  text(m_interval.from), text(m_interval.to));
+        emit done(false);
+        return;
+    }
+    m_from = trackTimeFromSeconds(m_interval.from.toSecsSinceEpoch());
+    m_to = trackTimeFromSeconds(m_interval.to.toSecsSinceEpoch());
+
+    const QString partial = partialPath(target);
+    Outcome outcome = Outcome::Failed;
+    try {
+        outcome = writeTo(partial);
+    } catch (const std::exception& error) {
+        LOG_ERROR(kLogger, "Failed to save track to '{}': {}", target.toStdString(), error.what());
+    }
+    if (outcome == Outcome::Written && m_canceled)
+        outcome = Outcome::Canceled;
+    if (outcome == Outcome::Written && std::rename(QFile::encodeName(partial).constData(),
+                                                   QFile::encodeName(target).constData()) != 0) {
+        LOG_ERROR(kLogger, "Failed to save track to '{}': can't rename '{}': {}", target.toStdString(),
+                  partial.toStdString(), std::strerror(errno));
+        outcome = Outcome::Failed;
+    }
+    if (outcome != Outcome::Written)
+        QFile::remove(partial);
+
+    switch (outcome) {
+    case Outcome::Written: {
+        const auto ms =
+            std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - started).count();
+        LOG_INFO(kLogger, "Saving the track to '{}' has been finished ({} ms)", target.toStdString(), ms);
+        emit progress(100);
+        emit done(true);
+        break;
+    }
+    case Outcome::Failed:
+        emit done(false);
+        break;
+    case Outcome::Canceled:
+        LOG_INFO(kLogger, "Saving the track to '{}' has been canceled", target.toStdString());
+        emit canceled();
+        break;
+    }
+}
+
+TrackExtracter::Outcome TrackExtracter::writeTo(const QString& path) {
+    return m_type == Nmea ? writeNmeaCopy(path) : writePositions(path);
+}
+
+Playlist::RawItems TrackExtracter::itemsWithTrackInInterval() const {
+    const std::int64_t from = trackTimeToSeconds(m_from);
+    const std::int64_t to = trackTimeToSeconds(m_to);
+    Playlist::RawItems items;
+    for (const Playlist::RawItemPtr& item : m_items) {
+        if (!item || !item->track)
+            continue;
+        const Playlist::Track& track = *item->track;
+        // An item whose fixes are known and all lie outside the interval is not read at all. The fixes
+        // loaded with the playlist say it best (a receiver's clock may jump back); else the first and last.
+        if (!track.positions.empty()) {
+            const auto [earliest, latest] = std::minmax_element(
+                track.positions.begin(), track.positions.end(),
+                [](const TrackPosition& a, const TrackPosition& b) { return a.time < b.time; });
+            if (latest->time < m_from || m_to < earliest->time)
+                continue;
+        } else if (track.from.isValid() && track.to.isValid() &&
+                   (track.to.toSecsSinceEpoch() < from || to < track.from.toSecsSinceEpoch())) {
+            continue;
+        }
+        items.push_back(item);
+    }
+    if (items.empty())
+        LOG_ERROR(kLogger, "No track file covers {} to {}", text(m_interval.from), text(m_interval.to));
+    return items;
+}
+
+void TrackExtracter::reportItemProgress(std::size_t done, std::size_t total) {
+    const int percent = static_cast<int>(kLoadingPercent * done / total);
+    if (percent > m_lastPercent) {
+        m_lastPercent = percent;
+        emit progress(percent);
+    }
+}
+
+TrackExtracter::Outcome TrackExtracter::writePositions(const QString& path) {
+    const Playlist::RawItems items = itemsWithTrackInInterval();
+    if (items.empty())
+        return Outcome::Failed;
+
+    TrackPositions positions;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (m_canceled)
+            return Outcome::Canceled;
+        const QString trackPath = items[i]->track->file.absoluteFilePath();
+        try {
+            const TrackLoader::Result loaded = TrackLoader::load(trackPath);
+            std::copy_if(loaded.positions.begin(), loaded.positions.end(), std::back_inserter(positions),
+                         [this](const TrackPosition& p) { return m_from <= p.time && p.time <= m_to; });
+        } catch (const std::exception& error) {
+            LOG_ERROR(kLogger, "Failed to load track file '{}': {}", trackPath.toStdString(), error.what());
+        }
+        reportItemProgress(i + 1, items.size());
+    }
+    if (m_canceled)
+        return Outcome::Canceled;
+    if (positions.empty()) {
+        LOG_ERROR(kLogger, "No track position from {} to {}", text(m_interval.from), text(m_interval.to));
+        return Outcome::Failed;
+    }
+    // Items are in playlist order; tracks of neighbouring items may still interleave.
+    std::stable_sort(positions.begin(), positions.end(),
+                     [](const TrackPosition& a, const TrackPosition& b) { return a.time < b.time; });
+
+    BufferedOutputFile file(path);
+    if (!file.isOpen()) {
+        LOG_ERROR(kLogger, "Can't open '{}' for writing", path.toStdString());
+        return Outcome::Failed;
+    }
+    switch (m_type) {
+    case Kml:
+        trackformats::writeKml(file.stream(), positions);
+        break;
+    case Csv:
+        trackformats::writeCsv(file.stream(), positions);
+        break;
+    case Gpx:
+        trackformats::writeGpx(file.stream(), positions);
+        break;
+    case Plt:
+        trackformats::writePlt(file.stream(), positions);
+        break;
+    case Nmea:
+        break;
+    }
+    if (!file.close()) {
+        LOG_ERROR(kLogger, "Writing '{}' failed", path.toStdString());
+        return Outcome::Failed;
+    }
+    LOG_DEBUG(kLogger, "Wrote {} positions", positions.size());
+    return Outcome::Written;
+}
+
+TrackExtracter::Outcome TrackExtracter::writeNmeaCopy(const QString& path) {
+    const Playlist::RawItems items = itemsWithTrackInInterval();
+    if (items.empty())
+        return Outcome::Failed;
+
+    BufferedOutputFile file(path);
+    if (!file.isOpen()) {
+        LOG_ERROR(kLogger, "Can't open '{}' for writing", path.toStdString());
+        return Outcome::Failed;
+    }
+    StdOutputStream output(file.stream());
+    std::uint64_t copied = 0;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (m_canceled)
+            return Outcome::Canceled;
+        const QString trackPath = items[i]->track->file.absoluteFilePath();
+        QFile source(trackPath);
+        if (!source.open(QIODevice::ReadOnly)) {
+            LOG_ERROR(kLogger, "Failed to read track file '{}': {}", trackPath.toStdString(),
+                      source.errorString().toStdString());
+        } else {
+            NmeaStreamAdapter input(source.readAll());
+            ExtracterNmeaSentenceHandler extracter(m_from, m_to);
+            try {
+                copied += extracter.extract(&input, &output);
+            } catch (const std::exception& error) {
+                LOG_ERROR(kLogger, "Failed to copy sentences of '{}': {}", trackPath.toStdString(), error.what());
+                if (!file.stream())
+                    return Outcome::Failed; // the output broke, not the input
+            }
+        }
+        reportItemProgress(i + 1, items.size());
+    }
+    if (m_canceled)
+        return Outcome::Canceled;
+    if (!file.close()) {
+        LOG_ERROR(kLogger, "Writing '{}' failed", path.toStdString());
+        return Outcome::Failed;
+    }
+    if (copied == 0) {
+        LOG_ERROR(kLogger, "No NMEA sentence from {} to {}", text(m_interval.from), text(m_interval.to));
+        return Outcome::Failed;
+    }
+    LOG_DEBUG(kLogger, "Copied {} sentences", copied);
+    return Outcome::Written;
+}

@@ -1,0 +1,50 @@
+// What the encoders share about a cut: its length, which file of an item to read, FFmpeg error texts.
+#include "core/encoding/CutItems.h"
+
+extern "C" {
+#include <libavutil/error.h>
+}
+
+#include <algorithm>
+
+namespace encoding {
+
+std::int64_t cutLengthMs(const Playlist::RawItems& items, const TimeInterval& interval) {
+    std::int64_t total = 0;
+    for (const auto& item : items) {
+        if (!item)
+            continue;
+        const QDateTime start = std::max(item->from, interval.from);
+        const QDateTime end = std::min(item->to, interval.to);
+        if (start < end)
+            total += start.msecsTo(end);
+    }
+    return total;
+}
+
+QFileInfo cutInputFile(const Playlist::RawItem& item, int camera) {
+    if (camera == 1 && item.rearVideo)
+        return *item.rearVideo;
+    return item.mainVideo;
+}
+
+std::string ffmpegPath(const QString& path) {
+    return path.toUtf8().toStdString();
+}
+
+std::string ffmpegErrorText(int error) {
+    char buffer[512] = {};
+    av_strerror(error, buffer, sizeof buffer);
+    return buffer;
+}
+
+} // namespace encoding
+
+#include "core/encoding/CutNaming.h"
+
+#include <QDir>
+
+QString encoding::trackFileBeside(const QString& videoPath) {
+    const QFileInfo video(videoPath);
+    return video.dir().filePath(video.completeBaseName() + QStringLiteral(".nmea"));
+}

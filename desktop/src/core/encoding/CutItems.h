@@ -1,0 +1,26 @@
+// What the encoders share about a cut: its length, which file of an item to read, FFmpeg error texts.
+#pragma once
+
+#include "core/Playlist.h"
+#include "core/TimeInterval.h"
+
+#include <QFileInfo>
+
+#include <cstdint>
+#include <string>
+
+namespace encoding {
+
+// Sum over the items of their overlap with the interval, in milliseconds.
+std::int64_t cutLengthMs(const Playlist::RawItems& items, const TimeInterval& interval);
+
+// The rear file when the rear camera is chosen and the item has one, otherwise the main file.
+QFileInfo cutInputFile(const Playlist::RawItem& item, int camera);
+
+// The path as FFmpeg wants it: UTF-8.
+std::string ffmpegPath(const QString& path);
+
+// av_strerror's text for an FFmpeg error code.
+std::string ffmpegErrorText(int error);
+
+} // namespace encoding

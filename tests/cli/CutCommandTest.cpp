@@ -1,0 +1,123 @@
+// reelvue-cli cut on a folder of recorder files: stream copy, rear camera turned, Ctrl+C, bad arguments.
+#include "support/GeneratedMedia.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+using testing::HasSubstr;
+
+namespace {
+
+// Three 3-second recordings from 2024-03-07 14:00:00 local time, each with a rear file.
+class CutCommandTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_card = new QTemporaryDir;
+        QDir(s_card->path()).mkpath(QStringLiteral("Normal"));
+        for (const char* time : {"140000", "140003", "140006"}) {
+            testsupport::MediaSpec main;
+            s_ready = testsupport::generateVideo(s_card->filePath(QStringLiteral("Normal/2024_0307_%1_F.MP4").arg(time)), main);
+            testsupport::MediaSpec rear;
+            rear.width = 160;
+            rear.height = 96;
+            s_ready = s_ready && testsupport::generateVideo(
+                                     s_card->filePath(QStringLiteral("Normal/2024_0307_%1_R.MP4").arg(time)), rear);
+            if (!s_ready)
+                return;
+        }
+    }
+    static void TearDownTestSuite() {
+        delete s_card;
+        s_card = nullptr;
+    }
+    void SetUp() override { ASSERT_TRUE(s_ready) << "ffmpeg could not make the recordings"; }
+
+    struct Result {
+        int exitCode;
+        std::string out;
+        std::string err;
+    };
+    static Result cut(const QStringList& arguments) {
+        QProcess process;
+        process.start(QStringLiteral(REELVUE_RUN_DIR "/reelvue-cli"), QStringList{"cut", s_card->path()} + arguments);
+        EXPECT_TRUE(process.waitForFinished(120000));
+        return {process.exitCode(), process.readAllStandardOutput().toStdString(),
+                process.readAllStandardError().toStdString()};
+    }
+    QString output(const QString& name) const { return m_out.filePath(name); }
+
+    static inline QTemporaryDir* s_card = nullptr;
+    static inline bool s_ready = false;
+    QTemporaryDir m_out;
+};
+
+} // namespace
+
+TEST_F(CutCommandTest, stream_copy_over_two_files_prints_the_file_and_draws_progress) {
+    const QString file = output("cut.mp4");
+    const Result result = cut({"--from", "2024-03-07T14:00:01", "--to", "2024-03-07T14:00:05", "-o", file});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, file.toStdString() + "\n");
+    EXPECT_THAT(result.err, HasSubstr("] 100%"));
+    EXPECT_NEAR(testsupport::probeDuration(file), 4.0, 1.0);
+    EXPECT_EQ(testsupport::probeStreams(file).size(), 2u);
+}
+
+TEST_F(CutCommandTest, rear_camera_reencoded_with_a_quarter_turn_and_no_sound) {
+    const QString file = output("rear.mkv");
+    const Result result = cut({"--from", "2024-03-07T14:00:02", "--to", "2024-03-07T14:00:04", "-o", file, "--camera",
+                               "rear", "--only-video", "--reencode", "--rotation", "270"});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const auto streams = testsupport::probeStreams(file);
+    ASSERT_EQ(streams.size(), 1u);
+    EXPECT_EQ(streams[0].width, 96);
+    EXPECT_EQ(streams[0].height, 160);
+    EXPECT_NEAR(testsupport::probeDuration(file), 2.0, 0.2);
+}
+
+TEST_F(CutCommandTest, ctrl_c_cancels_and_removes_the_partial_file) {
+    const QString file = output("interrupted.mp4");
+    QProcess process;
+    process.start(QStringLiteral(REELVUE_RUN_DIR "/reelvue-cli"),
+                  {"cut", s_card->path(), "--from", "2024-03-07T14:00:00", "--to", "2024-03-07T14:00:09", "-o", file,
+                   "--reencode", "--rotation", "90"});
+    ASSERT_TRUE(process.waitForStarted());
+    QByteArray err;
+    // Interrupt once encoding is visibly under way.
+    const QRegularExpression underWay(QStringLiteral("\\] +[1-9][0-9]*%"));
+    while (!QString::fromUtf8(err).contains(underWay) && process.state() == QProcess::Running) {
+        process.waitForReadyRead(100);
+        err += process.readAllStandardError();
+    }
+    ASSERT_EQ(process.state(), QProcess::Running) << err.toStdString();
+    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+    ASSERT_TRUE(process.waitForFinished(60000));
+    err += process.readAllStandardError();
+    EXPECT_EQ(process.exitCode(), 130) << err.toStdString();
+    EXPECT_THAT(err.toStdString(), HasSubstr("Canceled"));
+    EXPECT_FALSE(QFile::exists(file));
+}
+
+TEST_F(CutCommandTest, bad_requests_fail_with_the_reason) {
+    const Result order = cut({"--from", "2024-03-07T14:00:05", "--to", "2024-03-07T14:00:01", "-o", output("x.mp4")});
+    EXPECT_EQ(order.exitCode, 2);
+    EXPECT_THAT(order.err, HasSubstr("--from must come before --to"));
+    const Result format = cut({"--from", "07.03.2024 14:00", "--to", "2024-03-07T14:00:01", "-o", output("x.mp4")});
+    EXPECT_THAT(format.err, HasSubstr("yyyy-MM-ddTHH:mm:ss"));
+    const Result nothing = cut({"--from", "2024-03-08T14:00:00", "--to", "2024-03-08T14:00:05", "-o", output("x.mp4")});
+    EXPECT_EQ(nothing.exitCode, 1);
+    EXPECT_THAT(nothing.err, HasSubstr("Nothing was recorded between"));
+    const Result unwritable = cut({"--from", "2024-03-07T14:00:01", "--to", "2024-03-07T14:00:02", "-o",
+                                   output("no/such/folder/x.mp4")});
+    EXPECT_EQ(unwritable.exitCode, 1);
+    EXPECT_THAT(unwritable.err, HasSubstr("Failed to save the cut"));
+    EXPECT_FALSE(QFile::exists(output("x.mp4")));
+}

@@ -1,0 +1,145 @@
+// Transcoded cuts checked with ffprobe: the turned picture, joins between files, sound, cancel and failure.
+#include "core/encoding/Coder.h"
+
+#include "CutFixture.h"
+#include "support/TestSupport.h"
+
+#include <QTemporaryDir>
+#include <QThread>
+#include <QTimer>
+
+#include <atomic>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace cutfixture;
+
+namespace {
+
+class CoderTest : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(Media::instance().ready()) << "ffmpeg could not make the test recordings";
+        ASSERT_TRUE(m_out.isValid());
+    }
+    QString output(const QString& name) const { return m_out.filePath(name); }
+    static EncodingSettings settings(const QString& path, int rotation = 0) {
+        EncodingSettings result;
+        result.filePath = path;
+        result.forceReencoding = true;
+        result.rotation = rotation;
+        return result;
+    }
+    QTemporaryDir m_out;
+};
+
+} // namespace
+
+TEST_F(CoderTest, quarter_turn_swaps_the_size_and_keeps_the_codec_and_the_sound) {
+    const QString file = output("turned.mp4");
+    Coder coder(Media::instance().items(), {at(0.5), at(2.5)}, settings(file, 1));
+    EncoderRun run(coder);
+    ASSERT_EQ(run.doneTrue, 1);
+    EXPECT_EQ(run.endSignals(), 1);
+    const auto streams = testsupport::probeStreams(file);
+    ASSERT_EQ(streams.size(), 2u);
+    EXPECT_EQ(streams[0].codec, "h264");
+    EXPECT_EQ(streams[0].width, 180);
+    EXPECT_EQ(streams[0].height, 320);
+    EXPECT_EQ(streams[1].type, "audio");
+    EXPECT_NEAR(testsupport::probeDuration(file), 2.0, 0.2);
+}
+
+TEST_F(CoderTest, half_turn_and_rear_camera_keep_the_rear_size_without_sound) {
+    const QString file = output("rear.mkv");
+    EncodingSettings chosen = settings(file, 2);
+    chosen.camera = 1;
+    chosen.onlyVideo = true;
+    Coder coder(Media::instance().items(), {at(1.0), at(2.0)}, chosen);
+    EncoderRun run(coder);
+    ASSERT_EQ(run.doneTrue, 1);
+    const auto streams = testsupport::probeStreams(file);
+    ASSERT_EQ(streams.size(), 1u);
+    EXPECT_EQ(streams[0].width, 160);
+    EXPECT_EQ(streams[0].height, 96);
+}
+
+TEST_F(CoderTest, cut_over_three_files_is_continuous_and_progress_reaches_the_end) {
+    const QString file = output("joined.mp4");
+    Coder coder(Media::instance().items(), {at(1.5), at(7.5)}, settings(file, 3));
+    EncoderRun run(coder);
+    ASSERT_EQ(run.doneTrue, 1);
+    EXPECT_NEAR(testsupport::probeDuration(file), 6.0, 0.2);
+    expectContinuousTimestamps(file);
+    // 6 s at 25 frames a second, no frame lost or doubled at the joins.
+    const auto packets = testsupport::probePackets(file);
+    EXPECT_NEAR(std::count_if(packets.begin(), packets.end(), [](const auto& p) { return p.stream == 0; }), 150, 2);
+    EXPECT_TRUE(run.progressNeverFalls());
+    ASSERT_FALSE(run.progress.empty());
+    EXPECT_GE(run.progress.back(), 95);
+    EXPECT_LE(run.progress.back(), 105);
+}
+
+TEST_F(CoderTest, later_file_at_another_sample_rate_fails_and_leaves_nothing) {
+    testsupport::LogCapture log;
+    Playlist::RawItems items = Media::instance().items();
+    auto other = std::make_shared<Playlist::RawItem>(*items[1]);
+    other->mainVideo = QFileInfo(Media::instance().path("other48k.mp4"));
+    items[1] = other;
+    const QString file = output("rates.mp4");
+    Coder coder(items, {at(2.0), at(4.0)}, settings(file));
+    EncoderRun run(coder);
+    EXPECT_EQ(run.doneFalse, 1);
+    EXPECT_EQ(run.endSignals(), 1);
+    EXPECT_EQ(log.linesContaining("Sample rate is differs").size(), 3u) << "loop, item and run level";
+    EXPECT_FALSE(QFile::exists(file));
+}
+
+TEST_F(CoderTest, cancel_mid_way_deletes_the_file_and_signals_canceled_once) {
+    const QString file = output("canceled.mp4");
+    Coder coder(Media::instance().items(), {at(0.0), at(9.0)}, settings(file));
+    EncoderRun run(coder, 20);
+    EXPECT_EQ(run.canceled, 1);
+    EXPECT_EQ(run.endSignals(), 1);
+    EXPECT_FALSE(QFile::exists(file));
+}
+
+TEST_F(CoderTest, full_disk_fails_once_and_leaves_nothing) {
+    FullDisk disk;
+    if (!disk.mounted())
+        GTEST_SKIP() << disk.skipReason();
+    const QString file = disk.filePath("full.mp4");
+    Coder coder(Media::instance().items(), {at(0.0), at(9.0)}, settings(file));
+    EncoderRun run(coder);
+    EXPECT_EQ(run.doneFalse, 1);
+    EXPECT_EQ(run.endSignals(), 1);
+    EXPECT_TRUE(disk.entries().isEmpty()) << disk.entries().join(", ").toStdString();
+}
+
+TEST_F(CoderTest, runs_on_a_worker_thread_and_cancel_from_this_thread_stops_it) {
+    const QString file = output("worker.mp4");
+    auto* coder = new Coder(Media::instance().items(), {at(0.0), at(9.0)}, settings(file, 1));
+    QThread worker;
+    coder->moveToThread(&worker);
+    QObject::connect(&worker, &QThread::finished, coder, &QObject::deleteLater);
+    std::atomic<int> lastPercent{0};
+    int canceled = 0;
+    int done = 0;
+    QObject context;
+    QObject::connect(coder, &BaseEncoder::progress, &context, [&](int percent) { lastPercent = percent; });
+    QObject::connect(coder, &BaseEncoder::canceled, &context, [&] { ++canceled; });
+    QObject::connect(coder, &BaseEncoder::done, &context, [&](bool) { ++done; });
+    worker.start();
+    QTimer::singleShot(0, coder, &BaseEncoder::encode);
+    EXPECT_TRUE(testsupport::waitUntil([&] { return lastPercent >= 5 || done > 0; }, 60000));
+    coder->cancel(); // as the progress dialog does, through a direct connection
+    EXPECT_TRUE(testsupport::waitUntil([&] { return canceled + done > 0; }, 60000));
+    testsupport::waitUntil([] { return false; }, 100); // no second end signal may follow
+    EXPECT_EQ(canceled, 1);
+    EXPECT_EQ(done, 0);
+    EXPECT_LT(lastPercent, 100);
+    EXPECT_FALSE(QFile::exists(file));
+    worker.quit();
+    worker.wait();
+}

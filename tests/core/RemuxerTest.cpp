@@ -1,0 +1,179 @@
+// Stream-copy cuts checked with ffprobe: where they start and end, which streams, joins between files,
+// cancel and failure.
+#include "core/encoding/Remuxer.h"
+
+#include "CutFixture.h"
+#include "logging/Logging.h"
+#include "support/TestSupport.h"
+
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace cutfixture;
+
+namespace {
+
+class RemuxerTest : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(Media::instance().ready()) << "ffmpeg could not make the test recordings";
+        ASSERT_TRUE(m_out.isValid());
+    }
+    QString output(const QString& name) const { return m_out.filePath(name); }
+    static EncodingSettings settings(const QString& path) {
+        EncodingSettings result;
+        result.filePath = path;
+        return result;
+    }
+    QTemporaryDir m_out;
+};
+
+} // namespace
+
+TEST_F(RemuxerTest, cut_inside_one_file_starts_at_zero_and_lasts_the_request_within_a_key_frame) {
+    const QString file = output("inside.mp4");
+    Remuxer remuxer(Media::instance().items(), {at(1.0), at(2.5)}, settings(file));
+    EncoderRun run(remuxer);
+    EXPECT_EQ(run.doneTrue, 1);
+    EXPECT_EQ(run.endSignals(), 1);
+    EXPECT_NEAR(testsupport::probeDuration(file), 1.5, 1.0);
+    const auto packets = testsupport::probePackets(file);
+    ASSERT_FALSE(packets.empty());
+    EXPECT_TRUE(packets.front().key);
+}
+
+TEST_F(RemuxerTest, cut_over_three_files_joins_them_without_going_back_or_leaving_gaps) {
+    const QString file = output("joined.mp4");
+    Remuxer remuxer(Media::instance().items(), {at(1.5), at(7.5)}, settings(file));
+    EncoderRun run(remuxer);
+    ASSERT_EQ(run.doneTrue, 1);
+    EXPECT_EQ(run.endSignals(), 1);
+    EXPECT_NEAR(testsupport::probeDuration(file), 6.0, 1.0);
+    const auto streams = testsupport::probeStreams(file);
+    EXPECT_EQ(countOf(streams, "video"), 1);
+    EXPECT_EQ(countOf(streams, "audio"), 1);
+    expectContinuousTimestamps(file);
+    EXPECT_TRUE(run.progressNeverFalls());
+    ASSERT_FALSE(run.progress.empty());
+    EXPECT_EQ(run.progress.front(), 0);
+    EXPECT_GE(run.progress.back(), 80);
+}
+
+TEST_F(RemuxerTest, end_runs_on_to_the_first_key_frame_after_the_request) {
+    const QString file = output("end.mkv");
+    Remuxer remuxer(Media::instance().items(), {at(0.0), at(1.4)}, settings(file));
+    EncoderRun run(remuxer);
+    ASSERT_EQ(run.doneTrue, 1);
+    // Key frames each second: the cut stops before the one at 2 s, so 2 s of pictures (50 frames).
+    const auto packets = testsupport::probePackets(file);
+    const auto video = std::count_if(packets.begin(), packets.end(), [](const auto& p) { return p.stream == 0; });
+    EXPECT_EQ(video, 50);
+    EXPECT_EQ(std::count_if(packets.begin(), packets.end(), [](const auto& p) { return p.stream == 0 && p.key; }), 2);
+}
+
+TEST_F(RemuxerTest, later_file_with_more_streams_keeps_the_streams_of_the_first) {
+    Playlist::RawItems items = Media::instance().items();
+    auto extra = std::make_shared<Playlist::RawItem>(*items[1]);
+    extra->mainVideo = QFileInfo(Media::instance().path("extra1.mp4"));
+    items[1] = extra;
+    const QString file = output("extra.mp4");
+    Remuxer remuxer(items, {at(1.0), at(5.0)}, settings(file));
+    EncoderRun run(remuxer);
+    ASSERT_EQ(run.doneTrue, 1);
+    EXPECT_EQ(testsupport::probeStreams(file).size(), 2u);
+    expectContinuousTimestamps(file);
+}
+
+TEST_F(RemuxerTest, only_video_drops_the_sound) {
+    const QString file = output("silent.mov");
+    EncodingSettings chosen = settings(file);
+    chosen.onlyVideo = true;
+    Remuxer remuxer(Media::instance().items(), {at(2.0), at(4.0)}, chosen);
+    EncoderRun run(remuxer);
+    ASSERT_EQ(run.doneTrue, 1);
+    const auto streams = testsupport::probeStreams(file);
+    ASSERT_EQ(streams.size(), 1u);
+    EXPECT_EQ(streams[0].type, "video");
+}
+
+TEST_F(RemuxerTest, rear_camera_is_cut_from_the_rear_files_and_falls_back_to_the_main_file) {
+    const QString rear = output("rear.mp4");
+    EncodingSettings chosen = settings(rear);
+    chosen.camera = 1;
+    Remuxer remuxer(Media::instance().items(), {at(0.0), at(2.0)}, chosen);
+    EncoderRun run(remuxer);
+    ASSERT_EQ(run.doneTrue, 1);
+    const auto streams = testsupport::probeStreams(rear);
+    ASSERT_FALSE(streams.empty());
+    EXPECT_EQ(streams[0].width, 160);
+
+    // The third item has no rear file: its main file is read instead, and logged as such.
+    testsupport::LogCapture log;
+    logging::setLevel(logging::DEBUG);
+    const QString fallback = output("fallback.mp4");
+    chosen.filePath = fallback;
+    Remuxer third(Media::instance().items(), {at(6.5), at(8.0)}, chosen);
+    EncoderRun thirdRun(third);
+    ASSERT_EQ(thirdRun.doneTrue, 1);
+    EXPECT_EQ(testsupport::probeStreams(fallback)[0].width, 320);
+    const auto opened = log.linesContaining("Remuxe from");
+    ASSERT_EQ(opened.size(), 1u);
+    EXPECT_THAT(opened[0], testing::HasSubstr("main2.mp4"));
+}
+
+TEST_F(RemuxerTest, missing_file_is_skipped_and_a_cut_outside_the_items_makes_no_file) {
+    testsupport::LogCapture log;
+    Playlist::RawItems items = Media::instance().items();
+    auto missing = std::make_shared<Playlist::RawItem>(*items[0]);
+    missing->mainVideo = QFileInfo(output("gone.mp4"));
+    items[0] = missing;
+    const QString file = output("skipped.mp4");
+    Remuxer remuxer(items, {at(1.0), at(4.0)}, settings(file));
+    EncoderRun run(remuxer);
+    EXPECT_EQ(run.doneTrue, 1);
+    EXPECT_EQ(log.linesContaining("Could not open input file").size(), 1u);
+    EXPECT_GT(testsupport::probeDuration(file), 0.5);
+
+    const QString none = output("none.mp4");
+    Remuxer outside(Media::instance().items(), {at(20.0), at(30.0)}, settings(none));
+    EncoderRun outsideRun(outside);
+    EXPECT_EQ(outsideRun.doneTrue, 1);
+    EXPECT_FALSE(QFile::exists(none));
+}
+
+TEST_F(RemuxerTest, cancel_mid_way_deletes_the_file_and_signals_canceled_once) {
+    const QString file = output("canceled.mp4");
+    Remuxer remuxer(Media::instance().items(), {at(0.0), at(9.0)}, settings(file));
+    EncoderRun run(remuxer, 30);
+    EXPECT_EQ(run.canceled, 1);
+    EXPECT_EQ(run.endSignals(), 1);
+    EXPECT_LT(run.progress.back(), 60);
+    EXPECT_FALSE(QFile::exists(file));
+}
+
+TEST_F(RemuxerTest, unknown_container_fails_without_leaving_a_file) {
+    testsupport::LogCapture log;
+    const QString file = output("cut.nosuchformat");
+    Remuxer remuxer(Media::instance().items(), {at(0.0), at(2.0)}, settings(file));
+    EncoderRun run(remuxer);
+    EXPECT_EQ(run.doneFalse, 1);
+    EXPECT_EQ(run.endSignals(), 1);
+    EXPECT_EQ(log.linesContaining("Failed to remuxe to").size(), 1u);
+    EXPECT_FALSE(QFile::exists(file));
+}
+
+TEST_F(RemuxerTest, full_disk_fails_once_and_leaves_nothing) {
+    FullDisk disk;
+    if (!disk.mounted())
+        GTEST_SKIP() << disk.skipReason();
+    testsupport::LogCapture log;
+    const QString file = disk.filePath("full.mp4");
+    Remuxer remuxer(Media::instance().items(), {at(0.0), at(9.0)}, settings(file));
+    EncoderRun run(remuxer);
+    EXPECT_EQ(run.doneFalse, 1);
+    EXPECT_EQ(run.endSignals(), 1);
+    EXPECT_FALSE(log.linesContaining("Failed to remuxe to").empty());
+    EXPECT_TRUE(disk.entries().isEmpty()) << disk.entries().join(", ").toStdString();
+}
