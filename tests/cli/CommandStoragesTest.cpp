@@ -32,6 +32,7 @@ TEST(CommandStorages, rejects_unknown_arguments) {
 }
 
 TEST(CommandStorages, lists_the_mounted_cards_then_watches_them_come_and_go_until_interrupted) {
+    testsupport::MountTestLock mountLock;
     const QString why = TmpfsMount::whyNotPossible();
     if (!why.isEmpty())
         GTEST_SKIP() << why.toStdString();

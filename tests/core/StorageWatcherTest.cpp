@@ -16,6 +16,7 @@ namespace {
 
 class StorageWatcherTest : public testing::Test {
 protected:
+    testsupport::MountTestLock mountLock; // its cards must not reach other tests' watchers
     void SetUp() override {
         logging::setLevel(logging::DEBUG);
         auto notifier = std::make_unique<testsupport::StubDeviceNotifier>();

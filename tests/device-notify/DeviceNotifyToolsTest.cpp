@@ -19,6 +19,8 @@ namespace {
 
 class DeviceNotifyToolsTest : public testing::Test {
 protected:
+    testsupport::MountTestLock mountLock;
+
     void SetUp() override {
         logging::setLevel(logging::DEBUG);
         const QString why = TmpfsMount::whyNotPossible();

@@ -7,6 +7,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/mount.h>
 #include <unistd.h>
 
@@ -14,6 +16,25 @@
 #include <cstring>
 
 namespace testsupport {
+
+// Held by every test that mounts or watches the real mount table, for its whole life: such tests run in
+// parallel processes and would otherwise see each other's cards.
+class MountTestLock {
+public:
+    MountTestLock() : m_fd(::open("/tmp/reelvue-mount-tests.lock", O_CREAT | O_RDWR | O_CLOEXEC, 0666)) {
+        if (m_fd >= 0)
+            ::flock(m_fd, LOCK_EX);
+    }
+    ~MountTestLock() {
+        if (m_fd >= 0)
+            ::close(m_fd); // releases the lock
+    }
+    MountTestLock(const MountTestLock&) = delete;
+    MountTestLock& operator=(const MountTestLock&) = delete;
+
+private:
+    int m_fd;
+};
 
 // Mounted on construction, unmounted when it goes out of scope. Its source name is the device identifier
 // that QStorageInfo::device() and the notifiers report, so give each mount of a test its own.

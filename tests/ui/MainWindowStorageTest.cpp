@@ -36,6 +36,7 @@ protected:
 
     static QString titleFor(const QString& path) { return QStringLiteral("Lumicor Reelvue (") + path + ")"; }
 
+    testsupport::MountTestLock mountLock;
     testsupport::LogCapture log;
     std::unique_ptr<MainWindow> window;
     QAction* openDevice = nullptr;
