@@ -23,9 +23,9 @@ protected:
         s_card = new QTemporaryDir;
         QDir(s_card->path()).mkpath(QStringLiteral("Normal"));
         for (const char* time : {"140000", "140003", "140006"}) {
-            testsupport::MediaSpec main;
+            testsupport::MediaOptions main;
             s_ready = testsupport::generateVideo(s_card->filePath(QStringLiteral("Normal/2024_0307_%1_F.MP4").arg(time)), main);
-            testsupport::MediaSpec rear;
+            testsupport::MediaOptions rear;
             rear.width = 160;
             rear.height = 96;
             s_ready = s_ready && testsupport::generateVideo(

@@ -60,17 +60,17 @@ private:
         m_ready = m_dir.isValid();
         const QStringList patterns{"testsrc2", "smptebars", "rgbtestsrc"};
         for (int i = 0; i < 3 && m_ready; ++i) {
-            testsupport::MediaSpec spec;
-            spec.pattern = patterns[i];
-            m_ready = testsupport::generateVideo(path(QStringLiteral("main%1.mp4").arg(i)), spec);
+            testsupport::MediaOptions media;
+            media.pattern = patterns[i];
+            m_ready = testsupport::generateVideo(path(QStringLiteral("main%1.mp4").arg(i)), media);
         }
         for (int i = 0; i < 2 && m_ready; ++i) {
-            testsupport::MediaSpec spec;
-            spec.width = 160;
-            spec.height = 96;
-            m_ready = testsupport::generateVideo(path(QStringLiteral("rear%1.mp4").arg(i)), spec);
+            testsupport::MediaOptions media;
+            media.width = 160;
+            media.height = 96;
+            m_ready = testsupport::generateVideo(path(QStringLiteral("rear%1.mp4").arg(i)), media);
         }
-        testsupport::MediaSpec other;
+        testsupport::MediaOptions other;
         other.sampleRate = 48000;
         m_ready = m_ready && testsupport::generateVideo(path(QStringLiteral("other48k.mp4")), other);
         // The second recording again, with its sound twice: a later file with more streams than the first.

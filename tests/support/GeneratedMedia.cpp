@@ -29,16 +29,16 @@ QStringList csvLines(const QString& text) {
 
 } // namespace
 
-bool generateVideo(const QString& path, const MediaSpec& spec) {
-    const QString seconds = QString::number(spec.seconds);
+bool generateVideo(const QString& path, const MediaOptions& media) {
+    const QString seconds = QString::number(media.seconds);
     QStringList arguments{"-v", "error", "-y", "-f", "lavfi", "-i",
-                          QStringLiteral("%1=size=%2x%3:rate=25").arg(spec.pattern).arg(spec.width).arg(spec.height)};
-    if (spec.sampleRate > 0)
-        arguments << "-f" << "lavfi" << "-i" << QStringLiteral("sine=frequency=440:sample_rate=%1").arg(spec.sampleRate);
+                          QStringLiteral("%1=size=%2x%3:rate=25").arg(media.pattern).arg(media.width).arg(media.height)};
+    if (media.sampleRate > 0)
+        arguments << "-f" << "lavfi" << "-i" << QStringLiteral("sine=frequency=440:sample_rate=%1").arg(media.sampleRate);
     arguments << "-t" << seconds << "-c:v" << "libx264" << "-preset" << "ultrafast" << "-pix_fmt" << "yuv420p"
-              << "-g" << QString::number(spec.keyFrameInterval) << "-keyint_min" << QString::number(spec.keyFrameInterval)
+              << "-g" << QString::number(media.keyFrameInterval) << "-keyint_min" << QString::number(media.keyFrameInterval)
               << "-sc_threshold" << "0" << "-b:v" << "300k";
-    if (spec.sampleRate > 0)
+    if (media.sampleRate > 0)
         arguments << "-c:a" << "aac" << "-b:a" << "64k";
     arguments << path;
     bool ok = false;

@@ -7,7 +7,7 @@
 
 namespace testsupport {
 
-struct MediaSpec {
+struct MediaOptions {
     int width = 320;
     int height = 180;
     double seconds = 3.0;
@@ -17,7 +17,7 @@ struct MediaSpec {
 };
 
 // Writes an H.264/AAC file; false (with the reason on stderr) when ffmpeg fails.
-bool generateVideo(const QString& path, const MediaSpec& spec = {});
+bool generateVideo(const QString& path, const MediaOptions& media = {});
 
 struct ProbedStream {
     int index = 0;
