@@ -293,9 +293,10 @@ void PlaybackController::onSliderPositionChanged(QDateTime time) {
     }
     if (m_videos.empty())
         return;
+    // A moment where one file ends and the next begins belongs to the next: the end of a file has no picture.
     size_t index = m_videos.size() - 1;
     for (size_t i = 0; i < m_videos.size(); ++i)
-        if (m_videos[i].to >= time) {
+        if (m_videos[i].to > time) {
             index = i;
             break;
         }

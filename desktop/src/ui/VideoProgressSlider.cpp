@@ -68,7 +68,9 @@ void VideoProgressSlider::seekTo(const QDateTime& time) {
 
 void VideoProgressSlider::onValueChanged(int value) {
     m_pendingTime = timeOf(value);
-    m_reportTimer.start();
+    // Not restarted by later changes: a drag, or seeks arriving faster than the delay, still report.
+    if (!m_reportTimer.isActive())
+        m_reportTimer.start();
 }
 
 int VideoProgressSlider::valueAt(const QPoint& point) const {
