@@ -4,6 +4,7 @@
 #include "ui/ProgressDialog.h"
 #include "support/BoxAnswerer.h"
 #include "support/TestSupport.h"
+#include "support/TmpfsMount.h"
 
 #include <QApplication>
 #include <QPointer>
@@ -41,6 +42,7 @@ TEST(ProgressDialog, cancel_button_and_escape_emit_canceled) {
 }
 
 TEST(MainWindowUpdate, download_shows_updating_status_until_finished_then_the_message) {
+    testsupport::MountTestLock mountLock; // the window watches for cards; none may come from other tests
     MainWindow window;
     window.show();
     AppUpdater& updater = AppUpdater::instance();
