@@ -18,11 +18,12 @@ QString stripeFilter(const StripeVideo& video) {
     QStringList boxes{QStringLiteral("drawbox=x=0:y=0:w=iw:h=%1:color=0x303030:t=fill").arg(video.height / 4)};
     const int cell = video.width / kBits;
     for (int bit = 0; bit < kBits; ++bit)
-        boxes << QStringLiteral("drawbox=x=%1:y=0:w=%2:h=%3:color=white:t=fill:enable='mod(floor(n/%4),2)'")
+        boxes << QStringLiteral("drawbox=x=%1:y=0:w=%2:h=%3:color=white:t=fill:enable='mod(floor((n+%5)/%4),2)'")
                      .arg(bit * cell)
                      .arg(cell)
                      .arg(video.height / 4)
-                     .arg(1 << bit);
+                     .arg(1 << bit)
+                     .arg(video.firstFrame);
     return boxes.join(',') + QStringLiteral(",format=yuv420p");
 }
 } // namespace

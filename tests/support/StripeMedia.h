@@ -15,6 +15,7 @@ struct StripeVideo {
     int bFrames = 0;            // B-frames make decoding order differ from display order
     bool sound = false;         // AAC sine tone
     bool fastStart = false;     // index at the front, so a cut-off tail still opens
+    int firstFrame = 0;         // number carried by the first picture (files that continue each other)
 };
 
 // Writes an H.264 MP4 with the `ffmpeg` command; frame n shows n as 16 cells (bit 0 leftmost) across

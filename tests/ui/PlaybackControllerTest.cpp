@@ -1,0 +1,274 @@
+// The playback controller on real items of generated one-second stripe files: file changes, seeks, speed,
+// restart, cycle play and the rear camera's widget.
+#include "ui/PlaybackController.h"
+
+#include "av/FrameConverter.h"
+#include "av/VideoWidget.h"
+#include "support/StripeMedia.h"
+#include "support/TestSupport.h"
+#include "ui/NearestTrackTime.h"
+#include "ui/VideoProgressSlider.h"
+
+#include <QLabel>
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+using testsupport::waitUntil;
+
+namespace {
+const QDateTime kStart = QDateTime(QDate(2024, 5, 1), QTime(12, 0, 0), Qt::UTC).toLocalTime();
+
+// Three one-second files whose pictures carry the numbers 0..29, 30..59 and 60..89; a rear file for the first.
+QString mediaFile(int index) {
+    static const std::vector<QString> files = [] {
+        std::vector<QString> paths;
+        for (int i = 0; i < 3; ++i) {
+            testsupport::StripeVideo video;
+            video.seconds = 1;
+            video.firstFrame = 30 * i;
+            paths.push_back(testsupport::sharedMediaDir() + QStringLiteral("/controller-%1.mp4").arg(i));
+            testsupport::writeStripeVideo(paths.back(), video);
+        }
+        testsupport::StripeVideo rear;
+        rear.seconds = 1;
+        rear.width = 256;
+        rear.height = 144;
+        paths.push_back(testsupport::sharedMediaDir() + QStringLiteral("/controller-rear.mp4"));
+        testsupport::writeStripeVideo(paths.back(), rear);
+        return paths;
+    }();
+    return files.at(index);
+}
+
+Playlist::RawItemPtr rawItem(int file, QDateTime from, bool rear = false) {
+    auto item = std::make_shared<Playlist::RawItem>();
+    item->mainVideo = QFileInfo(mediaFile(file));
+    if (rear)
+        item->rearVideo = QFileInfo(mediaFile(3));
+    item->from = from;
+    item->to = from.addSecs(1);
+    item->length = 1;
+    item->durationMs = 1000;
+    return item;
+}
+
+TrackPosition fix(QDateTime time, double longitude, double latitude) {
+    TrackPosition position;
+    position.time = trackTimeFromSeconds(time.toSecsSinceEpoch());
+    position.longitude = longitude;
+    position.latitude = latitude;
+    return position;
+}
+
+int frameNumber(const MultiAVPlayer* player, size_t camera = 0) {
+    if (!player)
+        return -1;
+    return testsupport::readFrameNumber(av::FrameConverter().convert(player->player(camera)->currentFrame().frame.get()));
+}
+
+struct PlaybackControllerTest : testing::Test {
+    VideoProgressSlider slider;
+    QLabel status;
+    av::VideoWidget front;
+    av::VideoWidget rear;
+    std::unique_ptr<PlaybackController> controller;
+
+    // Back to back by default; `gapSeconds` leaves a hole after each file.
+    Playlist::RawItems threeFiles(bool rearOnFirst = false, int gapSeconds = 0) {
+        Playlist::RawItems items;
+        for (int i = 0; i < 3; ++i)
+            items.push_back(rawItem(i, kStart.addSecs(i * (1 + gapSeconds)), rearOnFirst && i == 0));
+        return items;
+    }
+    void start(Playlist::RawItems items) {
+        const QDateTime to = items.back()->to;
+        controller = std::make_unique<PlaybackController>(std::move(items), kStart, to,
+                                                          PlaybackViews{nullptr, &status, &slider, &front, &rear}, false);
+    }
+    int shown() const { return frameNumber(controller->currentPlayer()); }
+    void pauseOnFirstFrame() {
+        ASSERT_TRUE(waitUntil([&] { return controller->currentPlayer() != nullptr; }));
+        controller->togglePause();
+        ASSERT_TRUE(waitUntil([&] { return controller->isPaused(); }));
+    }
+};
+} // namespace
+
+TEST_F(PlaybackControllerTest, plays_three_files_without_a_gap_and_stops_at_the_end) {
+    start(threeFiles());
+    std::vector<int> frames;
+    QObject::connect(controller.get(), &PlaybackController::playerChanged, [&](MultiAVPlayer* player) {
+        if (!player)
+            return;
+        frames.push_back(frameNumber(player));
+        QObject::connect(player->player(0), &av::Player::frameShown, [&frames, player] { frames.push_back(frameNumber(player)); });
+    });
+    QSignalSpy stopped(controller.get(), &PlaybackController::stopped);
+    ASSERT_TRUE(waitUntil([&] { return stopped.count() > 0 && !controller->currentPlayer(); }, 10000));
+
+    ASSERT_FALSE(frames.empty());
+    EXPECT_EQ(frames.front(), 0);
+    EXPECT_EQ(frames.back(), 89);
+    for (size_t i = 1; i < frames.size(); ++i)
+        EXPECT_LE(frames[i - 1], frames[i]) << "at " << i;
+    // Across each change of file: a picture of the one, then the first of the next. (Which picture of the
+    // old file came last depends on the machine's load: a decoder that falls behind drops late pictures.
+    // bench-controller measures the gap itself.)
+    for (int first : {30, 60}) {
+        const auto at = std::find(frames.begin(), frames.end(), first);
+        ASSERT_NE(at, frames.end()) << first;
+        ASSERT_NE(at, frames.begin());
+        EXPECT_LT(*(at - 1), first);
+        EXPECT_GE(*(at - 1), first - 30);
+    }
+    EXPECT_TRUE(controller->isPaused());
+    EXPECT_EQ(controller->currentTime(), kStart.addSecs(3));
+    EXPECT_EQ(status.text(), kStart.addSecs(3).toString("hh:mm:ss"));
+    EXPECT_EQ(slider.value(), VideoProgressSlider::kSteps);
+}
+
+TEST_F(PlaybackControllerTest, seeks_into_another_file_and_before_a_files_start) {
+    start(threeFiles(false, 1));  // files at 0 s, 2 s and 4 s
+    pauseOnFirstFrame();
+
+    controller->seekTo(kStart.addMSecs(4500));
+    EXPECT_TRUE(waitUntil([&] { return shown() == 75; }));
+    EXPECT_TRUE(waitUntil([&] { return controller->currentTime() >= kStart.addMSecs(4490); }));
+    EXPECT_TRUE(controller->isPaused());
+
+    // In the hole before the second file: that file from its first picture.
+    controller->seekTo(kStart.addMSecs(1500));
+    EXPECT_TRUE(waitUntil([&] { return shown() == 30; }));
+    EXPECT_TRUE(waitUntil([&] { return controller->currentTime() == kStart.addSecs(2); }));
+
+    // Within the file on screen: the same player seeks.
+    const MultiAVPlayer* player = controller->currentPlayer();
+    controller->seekTo(static_cast<double>(kStart.addMSecs(2700).toMSecsSinceEpoch()) / 1000);
+    EXPECT_TRUE(waitUntil([&] { return shown() == 51; }));
+    EXPECT_EQ(controller->currentPlayer(), player);
+}
+
+TEST_F(PlaybackControllerTest, a_map_click_seeks_to_the_nearest_moment_of_the_track) {
+    auto items = threeFiles();
+    auto withTrack = std::make_shared<Playlist::RawItem>(*items[0]);
+    withTrack->track = Playlist::Track{};
+    withTrack->track->positions = {fix(kStart, 10.0, 50.0), fix(kStart.addSecs(2), 10.01, 50.0)};
+    items[0] = withTrack;
+    start(items);
+    pauseOnFirstFrame();
+
+    // 60 % of the way along the segment, a little off it: 1.2 s, shown from whole seconds.
+    controller->onCoordinatesFromMap(10.006, 50.0005);
+    EXPECT_TRUE(waitUntil([&] { return shown() == 30; }));
+    EXPECT_TRUE(waitUntil([&] { return controller->currentTime() == kStart.addSecs(1); }));
+}
+
+TEST(NearestTrackTime, interpolates_along_a_segment_and_takes_the_end_beyond_it) {
+    const TrackPositions track{fix(kStart, 10.0, 50.0), fix(kStart.addSecs(10), 10.01, 50.0),
+                               fix(kStart.addSecs(20), 10.01, 50.01)};
+    const double t0 = kStart.toSecsSinceEpoch();
+    EXPECT_FALSE(nearestTrackTime({}, 10, 50));
+    EXPECT_NEAR(*nearestTrackTime(track, 10.005, 50.0), t0 + 5, 1e-6);
+    EXPECT_NEAR(*nearestTrackTime(track, 10.0025, 49.9), t0 + 2.5, 1e-6);
+    EXPECT_NEAR(*nearestTrackTime(track, 9.0, 50.0), t0, 1e-6);
+    EXPECT_NEAR(*nearestTrackTime(track, 11.0, 51.0), t0 + 20, 1e-6);
+    // The corner belongs to both segments: the earlier one wins.
+    EXPECT_NEAR(*nearestTrackTime(track, 10.02, 49.99), t0 + 10, 1e-6);
+}
+
+TEST_F(PlaybackControllerTest, speed_steps_stop_at_their_limits_and_a_pause_toggle_returns_to_normal_speed) {
+    start(threeFiles());
+    ASSERT_TRUE(waitUntil([&] { return controller->currentPlayer() != nullptr; }));
+    for (int i = 0; i < 5; ++i)
+        controller->speedUp();
+    EXPECT_EQ(controller->speed(), 8.0);
+    for (int i = 0; i < 8; ++i)
+        controller->slowDown();
+    EXPECT_EQ(controller->speed(), 0.125);
+    EXPECT_EQ(controller->currentPlayer()->clock().speed(), 0.125);
+    EXPECT_TRUE(waitUntil([&] { return status.text().endsWith(" (0.125x)"); }));
+
+    controller->togglePause();
+    EXPECT_EQ(controller->speed(), 1.0);
+    EXPECT_TRUE(waitUntil([&] { return controller->isPaused(); }));
+    controller->togglePause();
+    EXPECT_TRUE(waitUntil([&] { return !controller->isPaused(); }));
+    EXPECT_EQ(controller->currentPlayer()->clock().speed(), 1.0);
+}
+
+TEST_F(PlaybackControllerTest, previous_leaves_the_item_in_its_first_second_and_restarts_it_later) {
+    start(threeFiles());
+    pauseOnFirstFrame();
+    EXPECT_FALSE(controller->restart(false));
+    EXPECT_EQ(shown(), 0);
+
+    controller->seekTo(kStart.addMSecs(1500));
+    ASSERT_TRUE(waitUntil([&] { return shown() == 45; }));
+    EXPECT_TRUE(controller->restart(false));
+    EXPECT_FALSE(controller->isPaused());
+    EXPECT_TRUE(waitUntil([&] { const int n = shown(); return n >= 0 && n < 30; }));
+    EXPECT_TRUE(controller->restart(true));
+}
+
+TEST_F(PlaybackControllerTest, cycle_play_loops_over_its_interval_and_a_zero_length_one_freezes) {
+    start(threeFiles());
+    ASSERT_TRUE(waitUntil([&] { return controller->currentPlayer() != nullptr; }));
+    const QDateTime from = kStart.addMSecs(1200), to = kStart.addMSecs(1700);
+    PlaybackController::Interval cycle{from, to};
+    std::vector<QDateTime> times;
+    QObject::connect(controller.get(), &PlaybackController::positionUpdated, [&](const QDateTime& t) {
+        if (!times.empty() || t >= from)  // from the first moment inside the loop on
+            times.push_back(t);
+    });
+    controller->startCyclePlay([&] { return cycle; });
+    // Twice round the loop, never running past its end by more than a notification and the slider's delay.
+    EXPECT_TRUE(waitUntil([&] {
+        int loops = 0;
+        for (size_t i = 1; i < times.size(); ++i)
+            loops += times[i] < times[i - 1];
+        return loops >= 2;
+    }, 8000));
+    for (const QDateTime& t : times) {
+        EXPECT_GE(t, from.addMSecs(-40));
+        EXPECT_LE(t, to.addMSecs(200));
+    }
+
+    cycle = {kStart.addMSecs(2500), kStart.addMSecs(2500)};
+    controller->onCyclePlayIntervalChanged();
+    EXPECT_TRUE(controller->isSliderHeld());
+    EXPECT_TRUE(waitUntil([&] { return shown() == 75; }));
+    waitUntil([] { return false; }, 400);
+    EXPECT_EQ(shown(), 75);
+
+    controller->stopCyclePlay();
+    EXPECT_FALSE(controller->isSliderHeld());
+    EXPECT_TRUE(waitUntil([&] { return shown() > 76; }));
+}
+
+TEST_F(PlaybackControllerTest, a_one_camera_file_after_a_two_camera_file_blanks_the_rear_widget) {
+    start(threeFiles(true));
+    ASSERT_TRUE(waitUntil([&] { return controller->currentPlayer() != nullptr; }));
+    EXPECT_EQ(controller->currentPlayer()->playerCount(), 2u);
+    EXPECT_TRUE(rear.hasFrame());
+    ASSERT_TRUE(waitUntil([&] { return controller->currentPlayer() && controller->currentPlayer()->playerCount() == 1; }));
+    EXPECT_FALSE(rear.hasFrame());
+    EXPECT_TRUE(front.hasFrame());
+}
+
+TEST_F(PlaybackControllerTest, a_file_that_cannot_be_opened_is_logged_and_skipped) {
+    testsupport::LogCapture log;
+    auto items = threeFiles();
+    auto broken = std::make_shared<Playlist::RawItem>(*items[1]);
+    broken->mainVideo = QFileInfo(testsupport::sharedMediaDir() + "/missing.mp4");
+    items[1] = broken;
+    start(items);
+    EXPECT_TRUE(waitUntil([&] { return shown() >= 60; }, 8000));
+    EXPECT_EQ(log.linesContaining("missing.mp4").empty(), false);
+}
+
+TEST_F(PlaybackControllerTest, capture_without_a_player_is_a_logic_error) {
+    start(threeFiles());
+    controller->stop();
+    EXPECT_THROW(controller->capture({}), std::logic_error);
+}
