@@ -6,6 +6,7 @@
 #include "logging/Logging.h"
 #include "ui/MapWidgetAdapter.h"
 #include "ui/NearestTrackTime.h"
+#include "ui/TrackPlot.h"
 #include "ui/VideoLoader.h"
 #include "ui/VideoProgressSlider.h"
 
@@ -67,6 +68,9 @@ PlaybackController::PlaybackController(Playlist::RawItems items, QDateTime from,
 }
 
 PlaybackController::~PlaybackController() {
+    for (const auto& entry : m_plots)
+        if (entry.second && entry.second->shownTrack() == &m_track)  // not yet handed to our successor
+            entry.second->clearTrack();
     dropPlayers();
     m_workerThread.quit();
     m_workerThread.wait();
@@ -125,6 +129,15 @@ void PlaybackController::preload(size_t index) {
     m_loader = loader;
     m_loadingHandler = handler;
     QMetaObject::invokeMethod(loader, "run", Qt::QueuedConnection);
+    updateOpening();
+}
+
+void PlaybackController::updateOpening() {
+    const bool opening = !m_currentPlayer && m_loader;
+    if (opening == m_opening)
+        return;
+    m_opening = opening;
+    emit openingChanged(opening);
 }
 
 void PlaybackController::onNextVideoLoaded() {
@@ -158,6 +171,7 @@ void PlaybackController::playCurrentVideo() {
         releasePlayer(m_currentPlayer);
         if (!m_nextPlayer || m_nextIndex != m_current)
             preload(m_current);
+        updateOpening();
         return;
     }
     const Video& video = m_videos[m_current];
@@ -204,6 +218,7 @@ void PlaybackController::playCurrentVideo() {
         dropNextPlayer();
     else
         preload(m_current + 1);
+    updateOpening();
 }
 
 void PlaybackController::onVideoPositionChanged(qint64) {
@@ -254,7 +269,30 @@ void PlaybackController::updatePosition(const QDateTime& time) {
     Interval cycle;
     if (outsideCycleInterval(time, &cycle))
         seekTo(cycle.first);
+    showTimeOnPlots(time);
     emit positionUpdated(time);
+}
+
+void PlaybackController::showTimeOnPlots(const QDateTime& time) {
+    for (const auto& entry : m_plots)
+        if (entry.second)
+            entry.second->setCurrentTime(time);
+}
+
+void PlaybackController::setPlots(std::map<PlotType, TrackPlot*> plots) {
+    for (const auto& entry : m_plots)
+        if (entry.second)
+            disconnect(entry.second, nullptr, this, nullptr);
+    m_plots.clear();
+    for (const auto& entry : plots) {
+        TrackPlot* plot = entry.second;
+        if (!plot)
+            continue;
+        m_plots[entry.first] = plot;
+        plot->setTrack(m_track, m_from, m_to);
+        plot->setCurrentTime(m_currentTime);
+        connect(plot, &TrackPlot::clicked, this, qOverload<double>(&PlaybackController::seekTo));
+    }
 }
 
 bool PlaybackController::outsideCycleInterval(const QDateTime& time, Interval* interval) const {
@@ -351,6 +389,7 @@ void PlaybackController::togglePause() {
     }
     if (m_loader) {
         dropNextPlayer();
+        updateOpening();
         return;
     }
     // After the end: play the item again from its start.
@@ -438,6 +477,7 @@ void PlaybackController::onCyclePlayIntervalChanged() {
         if (m_views.slider)
             m_views.slider->setTime(cycle.first);
         seekTo(cycle.first);
+        showTimeOnPlots(cycle.first);
         emit positionUpdated(cycle.first);
         return;
     }
@@ -454,6 +494,7 @@ void PlaybackController::stop() {
         return;
     }
     dropPlayers();
+    updateOpening();
     updatePosition(m_to);
     m_paused = true;
     emit stopped();
