@@ -19,6 +19,9 @@
 namespace {
 constexpr const char* kLogger = "ui.PlaybackController";
 constexpr int kNotifyIntervalMs = 40;
+// The longest frame of a camera file (25 fps). A seek between two frames shows the earlier one; counting it as
+// stale would leave a paused picture's time unreported.
+constexpr qint64 kFrameToleranceMs = 40;
 constexpr double kMinSpeed = 0.125;
 constexpr double kMaxSpeed = 8.0;
 // Within this much of its start, "previous" leaves the item instead of restarting it.
@@ -233,7 +236,8 @@ void PlaybackController::onVideoPositionChanged(qint64) {
         return;
     m_lastPosition = position;
     if (m_pendingSeek) {
-        if (position < m_pendingSeekMs)
+        // The picture shown for a target between two frames starts before it: within a frame it is the one.
+        if (position <= m_pendingSeekMs - kFrameToleranceMs)
             return;  // a picture from before the target
         m_pendingSeek = false;
     }

@@ -34,8 +34,12 @@ constexpr double kMaxHoleMs = 10'000;
 constexpr double kMinVisibleMs = 20'000;
 // One wheel notch zooms by this factor, as in map viewers.
 constexpr double kZoomPerNotch = 0.8;
-// Room for "0000.0" at the left axis, so that stacked plots put the same time at the same x.
+// Share of the value range left free above (and for altitude below) the line.
+constexpr double kYMargin = 0.08;
+// Room for "00000" at the left axis, so that stacked plots put the same time at the same x.
 constexpr const char* kWidestLabel = "00000";
+// The widest label of the time axis (milliseconds are never reached: the closest zoom is 20 s).
+constexpr const char* kWidestTimeLabel = "00:00:00";
 
 std::optional<double> valueOf(const TrackPosition& position, PlotType type) {
     switch (type) {
@@ -227,6 +231,8 @@ TrackPlot::TrackPlot(PlotType type, QWidget* parent)
     canvas->installEventFilter(this);
     setCanvasBackground(Qt::white);
     plotLayout()->setCanvasMargin(0);
+    // The time range spans the canvas exactly: a click maps to the same time whatever the labels need.
+    plotLayout()->setAlignCanvasToScales(true);
     plotLayout()->setSpacing(2);
 
     QFont axisFont = font();
@@ -252,6 +258,10 @@ TrackPlot::TrackPlot(PlotType type, QWidget* parent)
     setAxisScaleDraw(QwtPlot::xBottom, timeDraw);
     setAxisScaleEngine(QwtPlot::xBottom, new QwtDateScaleEngine(Qt::LocalTime));
     setAxisMaxMinor(QwtPlot::xBottom, 5);
+    // Room for half the widest time label at both ends, always: otherwise the canvas changes its width with
+    // the labels, and stacked plots show the same time at different x.
+    const int halfLabel = QFontMetrics(axisFont).horizontalAdvance(QLatin1String(kWidestTimeLabel)) / 2 + 2;
+    axisWidget(QwtPlot::xBottom)->setMinBorderDist(halfLabel, halfLabel);
     axisScaleDraw(QwtPlot::yLeft)
         ->setMinimumExtent(QFontMetrics(axisFont).horizontalAdvance(QLatin1String(kWidestLabel)) + 6);
     setAxisMaxMajor(QwtPlot::yLeft, 4);
@@ -332,6 +342,7 @@ void TrackPlot::setTrack(const TrackPositions& track, const QDateTime& from, con
     std::vector<int> runStarts;
     bool inGap = true;
     double previousMs = 0;
+    double yMin = 0;
     double yMax = 0;
     for (const TrackPosition& position : track) {
         const std::optional<double> value = valueOf(position, m_type);
@@ -349,9 +360,11 @@ void TrackPlot::setTrack(const TrackPositions& track, const QDateTime& from, con
         inGap = false;
         points << QPointF(ms, *value);
         previousMs = ms;
-        yMax = std::max(yMax, *value);
+        yMin = points.size() == 1 ? *value : std::min(yMin, *value);
+        yMax = points.size() == 1 ? *value : std::max(yMax, *value);
     }
     m_curve->setRuns(points, std::move(runStarts));
+    m_yMin = yMin;
     m_yMax = yMax;
     m_shownTrack = &track;
     m_from = from;
@@ -370,7 +383,7 @@ void TrackPlot::setTrack(const TrackPositions& track, const QDateTime& from, con
 void TrackPlot::clearTrack() {
     m_curve->setRuns({}, {});
     m_shownTrack = nullptr;
-    m_yMax = 0;
+    m_yMin = m_yMax = 0;
     m_marker->hide();
     m_noData->hide();
     m_from = m_to = m_currentTime = QDateTime();
@@ -394,7 +407,15 @@ void TrackPlot::applyYScale() {
         setAxisScale(QwtPlot::yLeft, 0, top, std::ceil(top / 4));
         return;
     }
-    setAxisAutoScale(QwtPlot::yLeft, true);
+    // A little room above and below, so that the line never runs along the canvas' border, then rounded
+    // outwards to steps that read well.
+    const double range = m_yMax - m_yMin;
+    const double margin = range > 0 ? range * kYMargin : std::max(1.0, std::abs(m_yMax) * 0.1);  // flat: still a scale
+    double lower = scaleIncludesZero(m_type) ? std::min(0.0, m_yMin) : m_yMin - margin;
+    double upper = m_yMax + margin;
+    double step = 0;
+    axisScaleEngine(QwtPlot::yLeft)->autoScale(axisMaxMajor(QwtPlot::yLeft), lower, upper, step);
+    setAxisScale(QwtPlot::yLeft, lower, upper, step);
 }
 
 void TrackPlot::setCurrentTime(const QDateTime& time) {

@@ -90,6 +90,7 @@ private:
     QDateTime m_currentTime;
     double m_fromMs = 0;
     double m_toMs = 0;
-    double m_yMax = 0;  // the largest value, for the scale of counts
+    double m_yMin = 0;  // the value range, for the y scale
+    double m_yMax = 0;
     bool m_pressed = false;
 };
