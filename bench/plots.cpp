@@ -7,6 +7,7 @@
 #include "ui/TrackPlot.h"
 
 #include <QApplication>
+#include <QMouseEvent>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
@@ -157,6 +158,13 @@ void screenshot(const QString& path, const TrackPositions& track, const QDateTim
     selector.setInterval(selectFrom, selectTo);
     window.resize(760, 240);
     window.show();
+    QApplication::processEvents();
+    // The pointer resting over the first plot shows its readout.
+    auto* first = window.findChild<TrackPlot*>();
+    const QPoint pointer(first->canvas()->width() / 3, first->canvas()->height() / 2);
+    QMouseEvent move(QEvent::MouseMove, pointer, first->canvas()->mapToGlobal(pointer), Qt::NoButton, Qt::NoButton,
+                     Qt::NoModifier);
+    QApplication::sendEvent(first->canvas(), &move);
     QApplication::processEvents();
     window.grab().save(path);
     fmt::print("wrote {}\n", path.toStdString());

@@ -60,6 +60,10 @@ TEST_F(TrackPlotTest, leaves_gaps_where_a_value_or_the_fixes_are_missing) {
     EXPECT_TRUE(lineAt(plot, 220));
     EXPECT_FALSE(lineAt(plot, 255));
     EXPECT_TRUE(lineAt(plot, 285));
+    // The pointer's readout: the nearest value, none inside a gap.
+    const double fromMs = kFrom.toMSecsSinceEpoch();
+    EXPECT_EQ(plot.readoutAt(fromMs + 50'400), QStringLiteral("12:00:50  50"));
+    EXPECT_EQ(plot.readoutAt(fromMs + 150'000), QStringLiteral("12:02:30"));
 
     // Altitude has every fix's value: only the hole without fixes breaks it.
     TrackPlot altitude(PlotType::Altitude);

@@ -17,6 +17,7 @@
 #include <qwt_plot_grid.h>
 #include <qwt_plot_layout.h>
 #include <qwt_plot_marker.h>
+#include <qwt_plot_picker.h>
 #include <qwt_plot_textlabel.h>
 #include <qwt_scale_widget.h>
 #include <qwt_series_data.h>
@@ -27,7 +28,7 @@
 #include <optional>
 
 namespace {
-constexpr const char* kLogger = "ui.TrackPlot";
+constexpr const char* kLogger = "ui.PlotController";  // the track plots log as one
 // Fixes come once a second; a hole longer than this is missing data, not a straight line.
 constexpr double kMaxHoleMs = 10'000;
 // The closest zoom: below this the axis shows too few fixes to be worth reading.
@@ -83,6 +84,13 @@ QColor colourOf(PlotType type) {
     return Qt::darkGray;
 }
 
+// The readout under the pointer takes the fix at most this far away; nearer a gap it shows the time alone.
+constexpr double kReadoutReachMs = 1500;
+
+int decimalsOf(PlotType type) {
+    return type == PlotType::Hdop || type == PlotType::Pdop || type == PlotType::Vdop ? 1 : 0;
+}
+
 // Counts and precisions start at zero; altitude takes whatever range it has.
 bool scaleIncludesZero(PlotType type) {
     return type != PlotType::Altitude;
@@ -110,6 +118,20 @@ public:
         setSamples(points);
     }
     int runCount() const { return static_cast<int>(m_runStarts.size()); }
+
+    // The point nearest in time to x, if one lies within reach.
+    std::optional<QPointF> nearest(double x, double reach) const {
+        const auto byX = [](const QPointF& point, double value) { return point.x() < value; };
+        const auto after = std::lower_bound(m_points.begin(), m_points.end(), x, byX);
+        std::optional<QPointF> best;
+        if (after != m_points.end())
+            best = *after;
+        if (after != m_points.begin() && (!best || x - (after - 1)->x() < best->x() - x))
+            best = *(after - 1);
+        if (best && std::abs(best->x() - x) > reach)
+            best.reset();
+        return best;
+    }
 
 protected:
     void drawSeries(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap, const QRectF&, int,
@@ -214,6 +236,25 @@ private:
     mutable bool m_dense = false;
 };
 
+// Shows the time and the value under the pointer, in a small box that follows it.
+class ValueReadout : public QwtPlotPicker {
+public:
+    explicit ValueReadout(TrackPlot* plot)
+        : QwtPlotPicker(QwtPlot::xBottom, QwtPlot::yLeft, QwtPicker::NoRubberBand, QwtPicker::AlwaysOn, plot->canvas()),
+          m_plot(plot) {}
+
+protected:
+    QwtText trackerTextF(const QPointF& position) const override {
+        QwtText text(m_plot->readoutAt(position.x()));
+        text.setBackgroundBrush(QColor(255, 255, 255, 220));
+        text.setColor(QColor(60, 60, 60));
+        return text;
+    }
+
+private:
+    TrackPlot* m_plot;
+};
+
 } // namespace detail
 
 TrackPlot::TrackPlot(PlotType type, QWidget* parent)
@@ -293,8 +334,20 @@ TrackPlot::TrackPlot(PlotType type, QWidget* parent)
     m_noData->hide();
     m_noData->attach(this);
 
+    auto* readout = new detail::ValueReadout(this);
+    readout->setTrackerFont(axisFont);
+
     retranslate();
     clearTrack();
+}
+
+QString TrackPlot::readoutAt(double ms) const {
+    if (!m_from.isValid())
+        return {};
+    QString text = QDateTime::fromMSecsSinceEpoch(std::llround(ms)).toString(QStringLiteral("hh:mm:ss"));
+    if (const std::optional<QPointF> point = m_curve->nearest(ms, kReadoutReachMs))
+        text += QStringLiteral("  ") + QString::number(point->y(), 'f', decimalsOf(m_type));
+    return text;
 }
 
 TrackPlot::~TrackPlot() = default;
@@ -363,6 +416,8 @@ void TrackPlot::setTrack(const TrackPositions& track, const QDateTime& from, con
         yMin = points.size() == 1 ? *value : std::min(yMin, *value);
         yMax = points.size() == 1 ? *value : std::max(yMax, *value);
     }
+    LOG_DEBUG(kLogger, "Plot {}: {} values of {} fixes, in {} pieces", static_cast<int>(m_type), points.size(),
+              track.size(), runStarts.size());
     m_curve->setRuns(points, std::move(runStarts));
     m_yMin = yMin;
     m_yMax = yMax;

@@ -56,6 +56,9 @@ public:
     double canvasXOf(const QDateTime& time) const;
     double msAtCanvasX(double x) const;
 
+    // What the pointer's box shows at a time: "hh:mm:ss" and the value of the nearest fix, if one is near.
+    QString readoutAt(double msSinceEpoch) const;
+
     // How many pieces the line is in (runs without a gap), for checks and benchmarks.
     int runCount() const;
 
