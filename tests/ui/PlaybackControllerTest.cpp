@@ -347,6 +347,25 @@ TEST_F(PlaybackControllerTest, plots_show_the_track_follow_the_time_and_seek_on_
     EXPECT_EQ(plot.shownTrack(), nullptr);
 }
 
+TEST_F(PlaybackControllerTest, a_zoom_on_one_plot_zooms_the_others) {
+    auto speed = std::make_unique<TrackPlot>(PlotType::Speed);
+    TrackPlot altitude(PlotType::Altitude);
+    speed->resize(600, 130);
+    speed->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(speed.get()));
+    start(threeFiles(false, 30));  // 63 s
+    controller->setPlots({{PlotType::Speed, speed.get()}, {PlotType::Altitude, &altitude}});
+    const QPointF middle(speed->canvas()->width() / 2.0, 20);
+    testsupport::sendWheel(speed->canvas(), middle, 2);
+    EXPECT_LT(altitude.visibleRange().first.msecsTo(altitude.visibleRange().second), 63'000);
+    EXPECT_EQ(altitude.visibleRange(), speed->visibleRange());
+
+    speed.reset();  // a plot that is gone is skipped
+    altitude.show();
+    testsupport::sendWheel(altitude.canvas(), middle, -5);
+    EXPECT_EQ(altitude.visibleRange(), std::make_pair(kStart, kStart.addSecs(63)));
+}
+
 TEST_F(PlaybackControllerTest, the_status_shows_the_frame_rate_when_asked) {
     struct RestoreOptions {
         ~RestoreOptions() { applicationOptions().showFps = false; }

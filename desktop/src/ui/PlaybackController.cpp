@@ -296,6 +296,12 @@ void PlaybackController::setPlots(std::map<PlotType, TrackPlot*> plots) {
         plot->setTrack(m_track, m_from, m_to);
         plot->setCurrentTime(m_currentTime);
         connect(plot, &TrackPlot::clicked, this, qOverload<double>(&PlaybackController::seekTo));
+        // The plots stand one above the other: a zoom on one zooms them all.
+        connect(plot, &TrackPlot::visibleRangeChanged, this, [this, plot](const QDateTime& from, const QDateTime& to) {
+            for (const auto& other : m_plots)
+                if (other.second && other.second != plot)
+                    other.second->setVisibleRange(from, to);
+        });
     }
 }
 

@@ -73,7 +73,8 @@ public:
     bool isOpening() const { return m_opening; }
 
     // The plots to drive (borrowed; any may be destroyed first): each gets the item's track and range and
-    // the current time, and a click on it seeks. A plot given before and missing now is left alone.
+    // the current time, a click on it seeks, and a zoom on it zooms the others. A plot given before and
+    // missing now is left alone.
     // The destructor clears the tracks of the plots that still show this controller's track.
     void setPlots(std::map<PlotType, TrackPlot*> plots);
 
