@@ -262,6 +262,21 @@ TrackPlot::TrackPlot(PlotType type, QWidget* parent)
       m_noData(new QwtPlotTextLabel) {
     setAutoReplot(false);
     setContentsMargins(0, 2, 8, 0);
+    QFont smallFont = font();
+    if (smallFont.pointSizeF() > 0)
+        smallFont.setPointSizeF(std::max(7.0, smallFont.pointSizeF() - 1));
+    setUpCanvas();
+    setUpAxes(smallFont);
+    setUpItems();
+    // Its picker lives as the plot's child.
+    auto* readout = new detail::ValueReadout(this);
+    readout->setTrackerFont(smallFont);
+
+    retranslate();
+    clearTrack();
+}
+
+void TrackPlot::setUpCanvas() {
     auto* canvas = new QwtPlotCanvas(this);
     canvas->setFrameStyle(QFrame::Box | QFrame::Plain);
     canvas->setLineWidth(1);
@@ -275,9 +290,9 @@ TrackPlot::TrackPlot(PlotType type, QWidget* parent)
     // The time range spans the canvas exactly: a click maps to the same time whatever the labels need.
     plotLayout()->setAlignCanvasToScales(true);
     plotLayout()->setSpacing(2);
+}
 
-    QFont axisFont = font();
-    axisFont.setPointSizeF(std::max(7.0, axisFont.pointSizeF() - 1));
+void TrackPlot::setUpAxes(const QFont& axisFont) {
     for (int axis : {QwtPlot::xBottom, QwtPlot::yLeft}) {
         setAxisFont(axis, axisFont);
         axisWidget(axis)->setMargin(0);
@@ -311,7 +326,9 @@ TrackPlot::TrackPlot(PlotType type, QWidget* parent)
         axisScaleEngine(QwtPlot::yLeft)->setAttribute(QwtScaleEngine::IncludeReference, true);
         axisScaleEngine(QwtPlot::yLeft)->setReference(0);
     }
+}
 
+void TrackPlot::setUpItems() {
     m_grid->setMajorPen(QColor(0, 0, 0, 40), 0, Qt::DotLine);
     m_grid->enableXMin(false);
     m_grid->enableYMin(false);
@@ -333,12 +350,6 @@ TrackPlot::TrackPlot(PlotType type, QWidget* parent)
     m_noData->setZ(50);
     m_noData->hide();
     m_noData->attach(this);
-
-    auto* readout = new detail::ValueReadout(this);
-    readout->setTrackerFont(axisFont);
-
-    retranslate();
-    clearTrack();
 }
 
 QString TrackPlot::readoutAt(double ms) const {

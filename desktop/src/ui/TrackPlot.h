@@ -76,6 +76,9 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void setUpCanvas();
+    void setUpAxes(const QFont& axisFont);
+    void setUpItems();
     void applyYScale();
     void showRange(double fromMs, double toMs, bool byUser);
     void zoomAt(double centreMs, int wheelSteps);
