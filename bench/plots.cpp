@@ -145,13 +145,14 @@ void benchDay() {
 
 // Two plots and the active selector in a small window, as in the player's plot pane.
 void screenshot(const QString& path, const TrackPositions& track, const QDateTime& from, const QDateTime& to,
-                const QDateTime& selectFrom, const QDateTime& selectTo, const QDateTime& now) {
+                const QDateTime& selectFrom, const QDateTime& selectTo, const QDateTime& now,
+                std::vector<PlotType> types = {PlotType::Speed, PlotType::Altitude}, QSize size = {760, 240}) {
     QWidget window;
     auto* layout = new QVBoxLayout(&window);
     layout->setContentsMargins(2, 2, 2, 2);
     layout->setSpacing(0);
     PlotIntervalSelector selector;
-    for (PlotType type : {PlotType::Speed, PlotType::Altitude}) {
+    for (PlotType type : types) {
         auto* plot = new TrackPlot(type, &window);
         layout->addWidget(plot);
         plot->setTrack(track, from, to);
@@ -161,7 +162,7 @@ void screenshot(const QString& path, const TrackPositions& track, const QDateTim
     selector.setRange(from, to);
     selector.setActive(true);
     selector.setInterval(selectFrom, selectTo);
-    window.resize(760, 240);
+    window.resize(size);
     window.show();
     QApplication::processEvents();
     // The pointer resting over the first plot shows its readout.
@@ -190,6 +191,9 @@ int main(int argc, char** argv) {
         const qint64 length = from.secsTo(to);
         screenshot(dir + "/plots-real.png", real, from, to, from.addSecs(length / 4), from.addSecs(length * 2 / 3),
                    from.addSecs(length / 2));
+        // The smallest the player's plot pane gets: one plot in 110 pixels.
+        screenshot(dir + "/plots-compact.png", real, from, to, from, to, from.addSecs(length / 3), {PlotType::Satellites},
+                   {600, 110});
         const TrackPositions day = dayOfDriving();
         screenshot(dir + "/plots-day.png", day, timeOf(kStart), timeOf(kStart + kDaySeconds), timeOf(kStart + 20'000),
                    timeOf(kStart + 40'000), timeOf(kStart + 36'000));
