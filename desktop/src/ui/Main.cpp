@@ -6,6 +6,7 @@
 #include "ui/MainWindow.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QLocale>
 #include <QTranslator>
 #include <QWebChannel>
@@ -59,7 +60,13 @@ int main(int argc, char** argv) {
     QCoreApplication::installTranslator(translator.get());
 
     auto window = std::make_unique<MainWindow>();
+    window->setStartupTranslator(translator.get());
     window->show();
+    if (!options.openPath.isEmpty()) {
+        const QFileInfo path(options.openPath);
+        QMetaObject::invokeMethod(window.get(), path.isDir() ? "loadDirectory" : "loadFile", Qt::QueuedConnection,
+                                  Q_ARG(QString, path.absoluteFilePath()));
+    }
     AppUpdater::instance().checkForUpdate();
 
     const int exitCode = app->exec();
