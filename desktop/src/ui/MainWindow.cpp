@@ -84,6 +84,12 @@ int nextOrientation(int degrees) { return (degrees + 90) % 360; }
 } // namespace
 
 MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), m_ui(std::make_unique<Ui::MainWindow>()) {
+    m_fileChoosers.saveFileName = [](QWidget* parent, const QString& caption, const QString& proposal, const QString& filter) {
+        return QFileDialog::getSaveFileName(parent, caption, proposal, filter);
+    };
+    m_fileChoosers.existingDirectory = [](QWidget* parent, const QString& caption, const QString& start) {
+        return QFileDialog::getExistingDirectory(parent, caption, start);
+    };
     m_ui->setupUi(this);
     setWindowTitle(kWindowTitle);
     m_workerThread.setObjectName(QStringLiteral("MainWindowWorker"));
@@ -509,7 +515,7 @@ void MainWindow::onActionAbout() {
 // Loading
 
 void MainWindow::onActionOpenDirectory() {
-    const QString path = QFileDialog::getExistingDirectory(this, tr("Open directory"), m_loadingPath);
+    const QString path = m_fileChoosers.existingDirectory(this, tr("Open directory"), m_loadingPath);
     if (!path.isEmpty())
         loadDirectory(path);
 }
@@ -1017,7 +1023,7 @@ void MainWindow::saveImage(const std::function<bool(const QString&)>& write, con
         directory.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::PicturesLocation) : directory;
     QString proposal = proposeImagePath(start, baseName);
     for (;;) {
-        const QString path = QFileDialog::getSaveFileName(this, tr("Save image to"), proposal, tr("JPEG (*.jpg);;PNG (*.png)"));
+        const QString path = m_fileChoosers.saveFileName(this, tr("Save image to"), proposal, tr("JPEG (*.jpg);;PNG (*.png)"));
         if (path.isEmpty())
             return;
         directory = QFileInfo(path).absolutePath();
@@ -1069,7 +1075,7 @@ void MainWindow::copyItemFiles(bool withTracks) {
                               : m_lastSaveDirectory;
     const Playlist::RawItems items = exportpaths::itemsOverlapping(m_playbackController->items(), saveInterval());
     for (;;) {
-        const QString directory = QFileDialog::getExistingDirectory(this, tr("Save to"), start);
+        const QString directory = m_fileChoosers.existingDirectory(this, tr("Save to"), start);
         if (directory.isEmpty())
             return;
         m_lastSaveDirectory = directory;
@@ -1114,7 +1120,7 @@ void MainWindow::onSaveTrack(int format) {
     const TimeInterval interval = saveInterval();
     const QString name = exportpaths::proposedFileName(interval, TrackExtracter::extension(type));
     const QString start = QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
-    const QString path = QFileDialog::getSaveFileName(this, tr("Save to"), QDir(start).filePath(name));
+    const QString path = m_fileChoosers.saveFileName(this, tr("Save to"), QDir(start).filePath(name), QString());
     if (path.isEmpty())
         return;
     auto* job = new TrackExtracter(m_playbackController->items(), path, type, interval);

@@ -53,7 +53,14 @@ public:
     MapWidgetAdapter* mapAdapter() const { return m_map; }
     PlotIntervalSelector* intervalSelector() const { return m_intervalSelector; }
     TrackPlot* plot(PlotType type) const;
-    // The loader's translation of the window, kept so a language change can replace it.
+    // How the window asks the user for paths; tests answer in the user's place.
+    struct FileChoosers {
+        std::function<QString(QWidget* parent, const QString& caption, const QString& proposal, const QString& filter)>
+            saveFileName;
+        std::function<QString(QWidget* parent, const QString& caption, const QString& start)> existingDirectory;
+    };
+    void setFileChoosers(FileChoosers choosers) { m_fileChoosers = std::move(choosers); }
+    // The start-up translation of the window, kept so a language change can replace it.
     void setStartupTranslator(QTranslator* translator) { m_startupTranslator = translator; }
 
 public slots:
@@ -241,5 +248,6 @@ private:
     QDateTime m_pendingFrameTime;
     std::optional<PendingCut> m_pendingCut;
     QString m_lastSaveDirectory;
+    FileChoosers m_fileChoosers;
     QString m_lastCutPath;
 };
