@@ -370,6 +370,14 @@ void MainWindow::readSettings() {
         if (!value.isEmpty())
             apply(value);
     };
+    if (!settings.contains(kGeometryKey)) {
+        // First start: most of the screen, so that the videos, the list and the map all have room.
+        if (QScreen* screen = this->screen()) {
+            const QRect available = screen->availableGeometry();
+            resize(available.size() * 0.9);
+            move(available.center() - rect().center());
+        }
+    }
     restore(kGeometryKey, [this](const QByteArray& value) { restoreGeometry(value); });
     restore(kStateKey, [this](const QByteArray& value) { restoreState(value); });
     restore(kMainSplitterKey, [this](const QByteArray& value) { m_ui->mainSplitter->restoreState(value); });
