@@ -456,10 +456,7 @@ void MainWindow::changeEvent(QEvent* event) {
 
 void MainWindow::retranslate() {
     m_ui->retranslateUi(this);
-    if (m_playlist)
-        setWindowTitle(kWindowTitle + QStringLiteral(" (") + m_loadingPath + QLatin1Char(')'));
-    else
-        setWindowTitle(kWindowTitle);
+    updateWindowTitle();
     if (QMenu* saveMenu = m_ui->saveButton->menu()) {
         const QList<QAction*> actions = saveMenu->actions();
         actions[0]->setText(tr("Save video"));
@@ -581,13 +578,15 @@ void MainWindow::onPlaylistLoaded(Playlist* playlist, PlaylistProcessedItemModel
     m_models = std::move(models);
     for (size_t i = 0; i < m_playlistViews.size(); ++i)
         m_playlistViews[i]->setModel(m_models[i].get());
-    setWindowTitle(kWindowTitle + QStringLiteral(" (") + QDir::toNativeSeparators(m_loadingPath) + QLatin1Char(')'));
+    m_loadedPath = m_loadingPath;
+    updateWindowTitle();
     m_ui->saveItemButton->setEnabled(true);
 
     // The first trip plays at once; a card without trips starts with its first recording.
     for (size_t i = 0; i < m_playlistViews.size(); ++i) {
         if (m_models[i]->itemCount() > 0) {
             m_ui->playlistContainer->setCurrentIndex(static_cast<int>(i));
+            const QSignalBlocker quiet(m_playlistViews[i]); // the choice is made right here
             m_playlistViews[i]->selectItem(0);
             chooseItem(m_playlistViews[i], 0);
             break;
@@ -615,8 +614,18 @@ void MainWindow::clearPlaylist() {
         view->setModel(nullptr);
     m_models.clear();
     m_playlist.reset();
+    m_playingView = nullptr;
+    m_playingItem = -1;
+    m_loadedPath.clear();
     m_ui->saveItemButton->setEnabled(false);
-    setWindowTitle(kWindowTitle);
+    updateWindowTitle();
+}
+
+void MainWindow::updateWindowTitle() {
+    if (m_loadedPath.isEmpty())
+        setWindowTitle(kWindowTitle);
+    else
+        setWindowTitle(kWindowTitle + QStringLiteral(" (") + QDir::toNativeSeparators(m_loadedPath) + QLatin1Char(')'));
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -702,9 +711,9 @@ void MainWindow::stopPlayback() {
 void MainWindow::stepItem(int step) {
     PlaylistView* view = m_playingView ? m_playingView : currentView();
     const int index = m_playingItem + step;
-    if (!view->selectItem(index))
-        return;
-    chooseItem(view, index);
+    const QSignalBlocker quiet(view); // the choice is made right here
+    if (view->selectItem(index))
+        chooseItem(view, index);
 }
 
 void MainWindow::onMapWidgetReady() {
@@ -734,6 +743,7 @@ void MainWindow::onToEndButtonClicked() {
     if (!m_playbackController)
         return;
     PlaylistView* view = m_playingView ? m_playingView : currentView();
+    const QSignalBlocker quiet(view);
     if (view->selectItem(m_playingItem + 1))
         chooseItem(view, m_playingItem + 1);
     else

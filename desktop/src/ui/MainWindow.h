@@ -171,6 +171,7 @@ private:
 
     void startLoading(const QString& path, bool isFile);
     void clearPlaylist();
+    void updateWindowTitle();
     void chooseItem(PlaylistView* view, int index);
     void playRawItems(Playlist::RawItems items, const QDateTime& from, const QDateTime& to);
     void stopPlayback();
@@ -241,7 +242,8 @@ private:
     std::vector<std::unique_ptr<PlaylistItemModel>> m_models; // trips, parking, events, files
     PlaylistView* m_playingView = nullptr;                    // the tab of the item that plays
     int m_playingItem = -1;
-    QString m_loadingPath;
+    QString m_loadingPath; // of the last load started
+    QString m_loadedPath;  // of the playlist shown
     bool m_cutMode = false;
     bool m_muted = false;
     std::optional<QString> m_pendingFrameBaseName; // a frame capture under way
