@@ -1,4 +1,5 @@
 // Dropping files and folders on the playlist tabs.
+#include "ui/PlaylistView.h"
 #include "ui/QPlaylistTabWidget.h"
 
 #include "support/RecordingFixtures.h"
@@ -109,4 +110,13 @@ TEST(QPlaylistTabWidget, rejects_a_drag_without_urls) {
     EXPECT_FALSE(outcome.enterAccepted);
     EXPECT_FALSE(outcome.dropAccepted);
     EXPECT_EQ(dropped.count(), 0);
+}
+
+TEST(QPlaylistTabWidget, its_playlist_tables_leave_drops_to_it) {
+    QPlaylistTabWidget tabs;
+    auto* view = new PlaylistView;
+    tabs.addTab(view, "FILES");
+    EXPECT_TRUE(tabs.acceptDrops());
+    EXPECT_FALSE(view->acceptDrops());
+    EXPECT_FALSE(view->viewport()->acceptDrops());
 }

@@ -279,6 +279,8 @@ bool PlaylistView::eventFilter(QObject* watched, QEvent* event) {
 
 void PlaylistView::changeEvent(QEvent* event) {
     QTableView::changeEvent(event);
+    if (event->type() == QEvent::LanguageChange) // a translator was installed
+        retranslate();
     if (event->type() == QEvent::FontChange) {
         m_columnNeeds.clear();
         layoutRows();

@@ -27,7 +27,8 @@ public:
     bool selectItem(int index);
     // The item of the selected row, or -1 when nothing (or a heading) is selected.
     int selectedItem() const;
-    // Call after a language change: the headers, day names and texts of the view follow the new locale.
+    // After a language change (done on QEvent::LanguageChange too): titles, day names and texts follow the
+    // installed translator and the default locale.
     void retranslate();
 
     // The row under the pointer, or -1; the delegate highlights it.
