@@ -4,6 +4,7 @@
 #include "core/PlaylistItemModel.h"
 #include "ui/PlaylistItemDelegate.h"
 
+#include <QCursor>
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QKeyEvent>
@@ -11,7 +12,6 @@
 #include <QToolTip>
 
 #include <algorithm>
-#include <numeric>
 
 namespace {
 
@@ -22,7 +22,7 @@ constexpr int kMaxMeasuredRows = 500;
 // below that the table scrolls sideways instead.
 constexpr int kLastColumnMinimumChars = 10;
 // A title elides to no fewer than this many characters: "Dis…" still says what the column is.
-constexpr int kTitleMinimumChars = 4;
+constexpr int kTitleMinimumChars = 5;
 
 } // namespace
 
@@ -51,8 +51,8 @@ PlaylistView::PlaylistView(QWidget* parent) : QTableView(parent) {
     header->setSectionsClickable(false); // no sorting: the lists are in time order
     header->setTextElideMode(Qt::ElideRight);
     header->setMinimumSectionSize(PlaylistItemDelegate::kTextMargin * 4);
-    // The user widened or narrowed a column: the last one gives or takes the difference.
     header->viewport()->installEventFilter(this); // tooltips of elided titles
+    // The user widened or narrowed a column: the last one gives or takes the difference.
     connect(header, &QHeaderView::sectionResized, this, [this](int section) {
         if (m_fittingColumns || !model() || section == model()->columnCount() - 1)
             return;
@@ -227,6 +227,13 @@ void PlaylistView::keyPressEvent(QKeyEvent* event) {
     QTableView::keyPressEvent(event);
 }
 
+void PlaylistView::scrollContentsBy(int dx, int dy) {
+    QTableView::scrollContentsBy(dx, dy);
+    // The wheel moves the rows under a pointer that stays put.
+    if (viewport()->underMouse())
+        setHoveredRow(rowAt(viewport()->mapFromGlobal(QCursor::pos()).y()));
+}
+
 void PlaylistView::setHoveredRow(int row) {
     if (!isItemRow(row))
         row = -1;
@@ -359,6 +366,10 @@ std::vector<int> PlaylistView::fittedWidths(const std::vector<ColumnNeed>& needs
         const int cut = std::min(spare, (fromTitles * spare + spareInTitles - 1) / spareInTitles);
         widths[column] -= cut;
         excess -= cut;
+    }
+    if (excess < 0) { // rounding up cut a pixel or two too many
+        widths.back() -= excess;
+        excess = 0;
     }
     // ...then the last column's texts elide down to its minimum; beyond that the table scrolls sideways.
     if (excess > 0) {
