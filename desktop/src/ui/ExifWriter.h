@@ -9,7 +9,8 @@
 #include <optional>
 
 // The track's position at a moment: linear interpolation between the two fixes around it (optional fields
-// interpolated when both have them, else the nearer one's; the course turns the short way round), the
+// interpolated when both have them, else the nearer fix's value, or the other's when the nearer lacks it; the
+// course turns the short way round; the satellite count is the nearer fix's), the
 // first/last fix when the moment lies outside the track; nullopt for an empty track. The track is in time order.
 std::optional<TrackPosition> trackPositionAt(const TrackPositions& track, const QDateTime& time);
 
