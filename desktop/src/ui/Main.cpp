@@ -52,6 +52,7 @@ int main(int argc, char** argv) {
     ApplicationOptions& options = applicationOptions();
     parseCommandLine(*app, options);
     applyLogLevel(options.logLevel);
+    LOG_INFO(kLogger, "Resources in {}", resources.absolutePath().toStdString());
 
     const QString localeName = chooseLocaleName();
     LOG_INFO(kLogger, "Changing locale to '{}'", localeName.toStdString());
