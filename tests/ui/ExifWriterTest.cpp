@@ -206,6 +206,14 @@ TEST(ExifWriter, fields_the_fix_lacks_leave_no_tags_even_over_an_earlier_positio
         EXPECT_FALSE(has(exif, key)) << key;
     EXPECT_NEAR(degrees(exif, "Exif.GPSInfo.GPSLatitude", "Exif.GPSInfo.GPSLatitudeRef", "S"), 50.0, kDegreeTolerance);
     EXPECT_EQ(text(exif, "Exif.GPSInfo.GPSLatitude"), "50/1 0/1 0/1000");
+
+    // Without a frame time the position still goes in, and no empty date is written.
+    const QString untimed = savedPicture(dir, "untimed.jpg", "JPG");
+    ASSERT_TRUE(writeExifPosition(untimed, bare, QDateTime()));
+    const Exiv2::ExifData untimedExif = readExif(untimed);
+    EXPECT_FALSE(has(untimedExif, "Exif.Photo.DateTimeOriginal"));
+    EXPECT_FALSE(has(untimedExif, "Exif.GPSInfo.GPSDateStamp"));
+    EXPECT_EQ(text(untimedExif, "Exif.GPSInfo.GPSLatitudeRef"), "N");
 }
 
 TEST(ExifWriter, png_pictures_carry_the_position_too) {

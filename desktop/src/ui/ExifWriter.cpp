@@ -211,7 +211,10 @@ bool writeExifPosition(const QString& path, const TrackPosition& position, const
         auto image = Exiv2::ImageFactory::open(QFile::encodeName(path).toStdString());
         image->readMetadata();
         Exiv2::ExifData& exif = image->exifData();
-        fillTime(exif, frameTime);
+        if (frameTime.isValid())
+            fillTime(exif, frameTime);
+        else
+            LOG_WARN(kLogger, "No frame time for {}, writing the position only", path.toStdString());
         fillPosition(exif, position);
         image->writeMetadata();
     } catch (const Exiv2::AnyError& error) {
