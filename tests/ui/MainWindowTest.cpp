@@ -303,3 +303,27 @@ TEST_F(MainWindowTest, saves_a_cut_with_its_track_beside_the_track_alone_and_the
     EXPECT_EQ(QDir(nextDirectory).entryList(QDir::Files).size(), 18);
     EXPECT_TRUE(window->isEnabled());
 }
+
+// Pictures of the window for a person to look at (REELVUE_SCREENSHOT_DIR=/some/dir): both screen sizes, cut mode
+// with the selector, and Russian.
+TEST_F(MainWindowTest, screenshots_for_review) {
+    const QString directory = qEnvironmentVariable("REELVUE_SCREENSHOT_DIR");
+    if (directory.isEmpty())
+        GTEST_SKIP() << "set REELVUE_SCREENSHOT_DIR to take them";
+    auto window = openWindow();
+    loadCard(*window);
+    child<QAction>(*window, "actionShowAltitudePlot")->setChecked(true);
+    for (const QSize size : {QSize(1366, 768), QSize(1920, 1080)}) {
+        window->resize(size);
+        waitUntil([] { return false; }, 2500);
+        window->grab().save(QStringLiteral("%1/window-%2.png").arg(directory).arg(size.width()));
+    }
+    window->resize(1366, 768);
+    window->onCutButtonClicked();
+    waitUntil([] { return false; }, 500);
+    window->grab().save(directory + "/window-cut.png");
+    window->onRejectCutButtonClicked();
+    child<QAction>(*window, "actionSetRussianLanguage")->trigger();
+    waitUntil([] { return false; }, 1000);
+    window->grab().save(directory + "/window-ru.png");
+}

@@ -52,6 +52,7 @@ const QString kDateTimeForPicture = QStringLiteral("yyyyMMddTHHmmsszzz");
 constexpr int kSeekStepSeconds = 5;
 constexpr int kHideControlsMs = 3000;
 constexpr int kPlotContainerMinimumHeight = 110;
+constexpr int kPlotMinimumHeight = 105;
 
 // Settings keys.
 const QString kGeometryKey = QStringLiteral("mainWindowGeometry");
@@ -111,7 +112,7 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), m_ui(std::make_un
     m_ui->mainSplitter->setSizes({380, 900});
     m_ui->leftContainerSplitter->setSizes({420, 300});
     m_ui->middleContainerSplitter->setStretchFactor(0, 1);
-    m_ui->middleContainerSplitter->setSizes({600, 160});
+    m_ui->middleContainerSplitter->setSizes({700, 220});
     m_ui->cutButtonContainer->hide();
     m_ui->cutOnButton->hide();
     m_ui->cyclePlayStopButton->hide();
@@ -180,6 +181,7 @@ void MainWindow::setupPlots() {
         auto* plot = new TrackPlot(type, m_ui->plotContainer);
         plot->setObjectName(QStringLiteral("plot%1").arg(static_cast<int>(type)));
         plot->hide();
+        plot->setMinimumHeight(kPlotMinimumHeight); // room for the axis titles; the splitter keeps it
         m_ui->plotContainer->layout()->addWidget(plot);
         m_intervalSelector->attach(plot);
         m_plots[type] = PlotEntry{plot, action};
