@@ -1,8 +1,6 @@
 // The CSV, GPX, KML and PLT writers, byte for byte, with and without the optional values.
 #include "core/TrackFormatWriters.h"
 
-#include <QXmlStreamReader>
-
 #include <gtest/gtest.h>
 
 #include <iomanip>
@@ -63,16 +61,6 @@ std::string written(void (*writer)(std::ostream&, const TrackPositions&), const 
 struct CommaDecimals : std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
 };
-
-// Reads a whole XML document; returns the parser's error text, empty when the document is well formed.
-std::string xmlError(const std::string& document, int* elementCount, const QString& element) {
-    QXmlStreamReader reader(QByteArray::fromStdString(document));
-    *elementCount = 0;
-    while (!reader.atEnd())
-        if (reader.readNext() == QXmlStreamReader::StartElement && reader.name() == element)
-            ++*elementCount;
-    return reader.hasError() ? reader.errorString().toStdString() : std::string();
-}
 
 } // namespace
 
@@ -193,14 +181,6 @@ TEST(TrackFormatWriters, times_are_utc_whatever_the_local_zone) {
     p.time = utc(2020, 2, 29, 23, 59, 59);
     EXPECT_EQ(trackformats::formatUtc(p.time, QStringLiteral("yyyy.MM.dd hh:mm:ss")), "2020.02.29 23:59:59");
     EXPECT_NE(written(trackformats::writePlt, {p}).find(",290220,235959.000\n"), std::string::npos);
-}
-
-TEST(TrackFormatWriters, gpx_and_kml_are_well_formed_xml) {
-    int count = 0;
-    EXPECT_EQ(xmlError(written(trackformats::writeGpx, kTrack), &count, QStringLiteral("trkpt")), "");
-    EXPECT_EQ(count, 3);
-    EXPECT_EQ(xmlError(written(trackformats::writeKml, kTrack), &count, QStringLiteral("Placemark")), "");
-    EXPECT_EQ(count, 4); // the path and three points
 }
 
 TEST(TrackFormatWriters, fast_time_rendering_matches_qdatetime_for_every_format) {
