@@ -19,7 +19,6 @@ using testsupport::placeVideo;
 
 namespace {
 
-
 // Runs a loader on a worker thread of its own, as the main window does, and records what reaches the
 // GUI thread.
 class LoaderRun : public QObject {
@@ -194,15 +193,6 @@ TEST_F(PlaylistLoaderTest, tracks_split_a_morning_into_trip_parking_and_trip) {
     // The trip's figures come from its tracks: 2 minutes at 14 m/s.
     EXPECT_EQ(run.trips->data(run.trips->index(1, PlaylistItemModel::DistanceColumn)).toString(), "1.7 km");
     EXPECT_EQ(run.trips->data(run.trips->index(1, PlaylistItemModel::TopSpeedColumn)).toString(), "50 km/h");
-}
-
-TEST(PlaylistLoaderDuration, reads_the_duration_of_a_video_and_zero_for_a_broken_one) {
-    EXPECT_NEAR(PlaylistLoader::videoDurationMs(testsupport::tinyVideo(2)), 2000, 250);
-    QTemporaryDir dir;
-    testsupport::writeFile(dir.filePath("broken.MP4"), "not a video");
-    testsupport::LogCapture capture;
-    EXPECT_EQ(PlaylistLoader::videoDurationMs(dir.filePath("broken.MP4")), 0);
-    EXPECT_EQ(capture.linesContaining("Unable to get duration of video " + dir.filePath("broken.MP4").toStdString()).size(), 1u);
 }
 
 TEST(PlaylistLoaderSettings, uses_the_fixed_analyzer_settings) {
