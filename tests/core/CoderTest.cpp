@@ -4,7 +4,6 @@
 #include "CutFixture.h"
 #include "support/TestSupport.h"
 
-#include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
 
@@ -15,30 +14,11 @@
 
 using namespace cutfixture;
 
-namespace {
-
-class CoderTest : public testing::Test {
-protected:
-    void SetUp() override {
-        ASSERT_TRUE(Media::instance().ready()) << "ffmpeg could not make the test recordings";
-        ASSERT_TRUE(m_out.isValid());
-    }
-    QString output(const QString& name) const { return m_out.filePath(name); }
-    static EncodingSettings settings(const QString& path, int rotation = 0) {
-        EncodingSettings result;
-        result.filePath = path;
-        result.forceReencoding = true;
-        result.rotation = rotation;
-        return result;
-    }
-    QTemporaryDir m_out;
-};
-
-} // namespace
+using CoderTest = CutTest;
 
 TEST_F(CoderTest, quarter_turn_swaps_the_size_and_keeps_the_codec_and_the_sound) {
     const QString file = output("turned.mp4");
-    Coder coder(Media::instance().items(), {at(0.5), at(2.5)}, settings(file, 1));
+    Coder coder(Media::instance().items(), {at(0.5), at(2.5)}, settings(file, true, 1));
     EncoderRun run(coder);
     ASSERT_EQ(run.doneTrue, 1);
     EXPECT_EQ(run.endSignals(), 1);
@@ -53,7 +33,7 @@ TEST_F(CoderTest, quarter_turn_swaps_the_size_and_keeps_the_codec_and_the_sound)
 
 TEST_F(CoderTest, half_turn_and_rear_camera_keep_the_rear_size_without_sound) {
     const QString file = output("rear.mkv");
-    EncodingSettings chosen = settings(file, 2);
+    EncodingSettings chosen = settings(file, true, 2);
     chosen.camera = 1;
     chosen.onlyVideo = true;
     Coder coder(Media::instance().items(), {at(1.0), at(2.0)}, chosen);
@@ -67,7 +47,7 @@ TEST_F(CoderTest, half_turn_and_rear_camera_keep_the_rear_size_without_sound) {
 
 TEST_F(CoderTest, cut_over_three_files_is_continuous_and_progress_reaches_the_end) {
     const QString file = output("joined.mp4");
-    Coder coder(Media::instance().items(), {at(1.5), at(7.5)}, settings(file, 3));
+    Coder coder(Media::instance().items(), {at(1.5), at(7.5)}, settings(file, true, 3));
     EncoderRun run(coder);
     ASSERT_EQ(run.doneTrue, 1);
     EXPECT_NEAR(testsupport::probeDuration(file), 6.0, 0.2);
@@ -88,7 +68,7 @@ TEST_F(CoderTest, later_file_at_another_sample_rate_fails_and_leaves_nothing) {
     other->mainVideo = QFileInfo(Media::instance().path("other48k.mp4"));
     items[1] = other;
     const QString file = output("rates.mp4");
-    Coder coder(items, {at(2.0), at(4.0)}, settings(file));
+    Coder coder(items, {at(2.0), at(4.0)}, settings(file, true));
     EncoderRun run(coder);
     EXPECT_EQ(run.doneFalse, 1);
     EXPECT_EQ(run.endSignals(), 1);
@@ -98,7 +78,7 @@ TEST_F(CoderTest, later_file_at_another_sample_rate_fails_and_leaves_nothing) {
 
 TEST_F(CoderTest, cancel_mid_way_deletes_the_file_and_signals_canceled_once) {
     const QString file = output("canceled.mp4");
-    Coder coder(Media::instance().items(), {at(0.0), at(9.0)}, settings(file));
+    Coder coder(Media::instance().items(), {at(0.0), at(9.0)}, settings(file, true));
     EncoderRun run(coder, 20);
     EXPECT_EQ(run.canceled, 1);
     EXPECT_EQ(run.endSignals(), 1);
@@ -110,7 +90,7 @@ TEST_F(CoderTest, full_disk_fails_once_and_leaves_nothing) {
     if (!disk.mounted())
         GTEST_SKIP() << disk.skipReason();
     const QString file = disk.filePath("full.mp4");
-    Coder coder(Media::instance().items(), {at(0.0), at(9.0)}, settings(file));
+    Coder coder(Media::instance().items(), {at(0.0), at(9.0)}, settings(file, true));
     EncoderRun run(coder);
     EXPECT_EQ(run.doneFalse, 1);
     EXPECT_EQ(run.endSignals(), 1);
@@ -119,7 +99,7 @@ TEST_F(CoderTest, full_disk_fails_once_and_leaves_nothing) {
 
 TEST_F(CoderTest, runs_on_a_worker_thread_and_cancel_from_this_thread_stops_it) {
     const QString file = output("worker.mp4");
-    auto* coder = new Coder(Media::instance().items(), {at(0.0), at(9.0)}, settings(file, 1));
+    auto* coder = new Coder(Media::instance().items(), {at(0.0), at(9.0)}, settings(file, true, 1));
     QThread worker;
     coder->moveToThread(&worker);
     QObject::connect(&worker, &QThread::finished, coder, &QObject::deleteLater);

@@ -165,4 +165,22 @@ private:
     std::string m_skipReason;
 };
 
+// A test with the shared recordings ready and a folder of its own for the cuts.
+class CutTest : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(Media::instance().ready()) << "ffmpeg could not make the test recordings";
+        ASSERT_TRUE(m_out.isValid());
+    }
+    QString output(const QString& name) const { return m_out.filePath(name); }
+    static EncodingSettings settings(const QString& path, bool reencode = false, int rotation = 0) {
+        EncodingSettings result;
+        result.filePath = path;
+        result.forceReencoding = reencode;
+        result.rotation = rotation;
+        return result;
+    }
+    QTemporaryDir m_out;
+};
+
 } // namespace cutfixture

@@ -6,31 +6,13 @@
 #include "logging/Logging.h"
 #include "support/TestSupport.h"
 
-#include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 using namespace cutfixture;
 
-namespace {
-
-class RemuxerTest : public testing::Test {
-protected:
-    void SetUp() override {
-        ASSERT_TRUE(Media::instance().ready()) << "ffmpeg could not make the test recordings";
-        ASSERT_TRUE(m_out.isValid());
-    }
-    QString output(const QString& name) const { return m_out.filePath(name); }
-    static EncodingSettings settings(const QString& path) {
-        EncodingSettings result;
-        result.filePath = path;
-        return result;
-    }
-    QTemporaryDir m_out;
-};
-
-} // namespace
+using RemuxerTest = CutTest;
 
 TEST_F(RemuxerTest, cut_inside_one_file_starts_at_zero_and_lasts_the_request_within_a_key_frame) {
     const QString file = output("inside.mp4");
