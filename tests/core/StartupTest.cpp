@@ -98,22 +98,14 @@ TEST(ApplicationOptions, log_levels_are_case_sensitive_and_unknown_ones_give_deb
     EXPECT_THAT(lines[1], HasSubstr("Unknown log level INFO, use debug"));
 }
 
-TEST_F(LocaleChoice, without_setting_or_installer_language_the_system_locale_is_used) {
+TEST_F(LocaleChoice, system_locale_without_settings_else_the_installer_language_or_english) {
     EXPECT_EQ(chooseLocaleName(), QLocale::system().name());
-}
-
-TEST_F(LocaleChoice, installer_language_without_translation_gives_english_not_the_system_locale) {
-    setInstallerLanguage(1031); // German
-    EXPECT_EQ(chooseLocaleName(), QStringLiteral("en_US"));
-}
-
-TEST_F(LocaleChoice, installer_languages_with_translations) {
-    setInstallerLanguage(1029);
-    EXPECT_EQ(chooseLocaleName(), QStringLiteral("cs_CZ"));
-    setInstallerLanguage(1045);
-    EXPECT_EQ(chooseLocaleName(), QStringLiteral("pl_PL"));
-    setInstallerLanguage(1049);
-    EXPECT_EQ(chooseLocaleName(), QStringLiteral("ru_RU"));
+    // German (1031) has no translation: English, not the system locale.
+    const std::pair<int, const char*> languages[] = {{1029, "cs_CZ"}, {1045, "pl_PL"}, {1049, "ru_RU"}, {1031, "en_US"}};
+    for (const auto& [id, name] : languages) {
+        setInstallerLanguage(id);
+        EXPECT_EQ(chooseLocaleName(), QString::fromLatin1(name)) << id;
+    }
 }
 
 TEST_F(LocaleChoice, user_setting_beats_installer_language_and_logs_all_three_sources) {
