@@ -1,7 +1,5 @@
 // The storage watcher's logic over real tmpfs mounts, fed by a stub notifier raising device events.
-#include "core/StorageWatcher.h"
 #include "core/Startup.h"
-#include "logging/Logging.h"
 #include "support/StubDeviceNotifier.h"
 #include "support/TestSupport.h"
 #include "support/TmpfsMount.h"
@@ -17,19 +15,10 @@ namespace {
 class StorageWatcherTest : public testing::Test {
 protected:
     testsupport::MountTestLock mountLock; // its cards must not reach other tests' watchers
-    void SetUp() override {
-        logging::setLevel(logging::DEBUG);
-        auto notifier = std::make_unique<testsupport::StubDeviceNotifier>();
-        stub = notifier.get();
-        watcher = std::make_unique<StorageWatcher>(std::move(notifier));
-        watcher->start();
-    }
-
-    void requireMounts() {
-        const QString why = TmpfsMount::whyNotPossible();
-        if (!why.isEmpty())
-            GTEST_SKIP() << why.toStdString();
-    }
+    testsupport::LogCapture log;
+    testsupport::StubbedStorageWatcher watched;
+    testsupport::StubDeviceNotifier* stub = watched.stub;
+    StorageWatcher* watcher = watched.watcher.get();
 
     // Lets the queued events reach the watcher.
     static void deliver() {
@@ -40,21 +29,17 @@ protected:
     static std::vector<QStorageInfo> storagesOf(const QSignalSpy& spy, int index) {
         return spy.at(index).at(0).value<std::vector<QStorageInfo>>();
     }
-
-    testsupport::LogCapture log;
-    testsupport::StubDeviceNotifier* stub = nullptr;
-    std::unique_ptr<StorageWatcher> watcher;
 };
 
 } // namespace
 
 TEST_F(StorageWatcherTest, two_cards_present_at_start_up_are_announced_together_after_the_initial_scan) {
-    requireMounts();
+    SKIP_UNLESS_TMPFS_MOUNTS();
     TmpfsMount first("reelvue-card-a");
     TmpfsMount second("reelvue-card-b");
     first.makeRecorderLayout();
     second.makeRecorderLayout();
-    QSignalSpy arrived(watcher.get(), &StorageWatcher::supportedStoragesArrived);
+    QSignalSpy arrived(watcher, &StorageWatcher::supportedStoragesArrived);
 
     stub->deviceArrived(first.device());
     stub->deviceArrived(second.device());
@@ -73,8 +58,8 @@ TEST_F(StorageWatcherTest, two_cards_present_at_start_up_are_announced_together_
 }
 
 TEST_F(StorageWatcherTest, card_reader_without_card_announces_nothing_until_the_card_is_mounted) {
-    requireMounts();
-    QSignalSpy arrived(watcher.get(), &StorageWatcher::supportedStoragesArrived);
+    SKIP_UNLESS_TMPFS_MOUNTS();
+    QSignalSpy arrived(watcher, &StorageWatcher::supportedStoragesArrived);
     stub->driveArrived("reelvue-reader");
     stub->initialScanFinished();
     deliver();
@@ -97,11 +82,11 @@ TEST_F(StorageWatcherTest, card_reader_without_card_announces_nothing_until_the_
 }
 
 TEST_F(StorageWatcherTest, card_failing_the_suitable_path_check_is_logged_and_never_announced) {
-    requireMounts();
+    SKIP_UNLESS_TMPFS_MOUNTS();
     TmpfsMount card("reelvue-plain-card");
     QDir(card.path()).mkpath(QStringLiteral("Music"));
-    QSignalSpy arrived(watcher.get(), &StorageWatcher::supportedStoragesArrived);
-    QSignalSpy removed(watcher.get(), &StorageWatcher::storageRemoved);
+    QSignalSpy arrived(watcher, &StorageWatcher::supportedStoragesArrived);
+    QSignalSpy removed(watcher, &StorageWatcher::storageRemoved);
     stub->initialScanFinished();
     stub->deviceArrived(card.device());
     deliver();
@@ -111,7 +96,7 @@ TEST_F(StorageWatcherTest, card_failing_the_suitable_path_check_is_logged_and_ne
     EXPECT_EQ(log.linesContaining("does not fit: there isn't one of required directories").size(), 1u);
 
     // Removing it is only a storage removal.
-    QSignalSpy supportedRemoved(watcher.get(), &StorageWatcher::supportedStorageRemoved);
+    QSignalSpy supportedRemoved(watcher, &StorageWatcher::supportedStorageRemoved);
     stub->deviceRemoved(card.device());
     deliver();
     EXPECT_EQ(supportedRemoved.count(), 0);
@@ -120,7 +105,7 @@ TEST_F(StorageWatcherTest, card_failing_the_suitable_path_check_is_logged_and_ne
 }
 
 TEST_F(StorageWatcherTest, removed_or_unmounted_supported_card_leaves_the_list_with_both_signals) {
-    requireMounts();
+    SKIP_UNLESS_TMPFS_MOUNTS();
     TmpfsMount pulled("reelvue-pulled");
     TmpfsMount unmounted("reelvue-unmounted");
     pulled.makeRecorderLayout();
@@ -130,8 +115,8 @@ TEST_F(StorageWatcherTest, removed_or_unmounted_supported_card_leaves_the_list_w
     stub->deviceArrived(unmounted.device());
     deliver();
     ASSERT_EQ(watcher->supportedStorages().size(), 2u);
-    QSignalSpy supportedRemoved(watcher.get(), &StorageWatcher::supportedStorageRemoved);
-    QSignalSpy removed(watcher.get(), &StorageWatcher::storageRemoved);
+    QSignalSpy supportedRemoved(watcher, &StorageWatcher::supportedStorageRemoved);
+    QSignalSpy removed(watcher, &StorageWatcher::storageRemoved);
 
     stub->deviceRemoved(pulled.device()); // pulled out: the device is gone, whatever the mount table says
     deliver();
@@ -152,15 +137,15 @@ TEST_F(StorageWatcherTest, removed_or_unmounted_supported_card_leaves_the_list_w
 }
 
 TEST_F(StorageWatcherTest, card_whose_recorder_folders_are_deleted_stops_being_supported_but_stays_mounted) {
-    requireMounts();
+    SKIP_UNLESS_TMPFS_MOUNTS();
     TmpfsMount card("reelvue-emptied");
     card.makeRecorderLayout();
     stub->initialScanFinished();
     stub->deviceArrived(card.device());
     deliver();
     ASSERT_EQ(watcher->supportedStorages().size(), 1u);
-    QSignalSpy supportedRemoved(watcher.get(), &StorageWatcher::supportedStorageRemoved);
-    QSignalSpy removed(watcher.get(), &StorageWatcher::storageRemoved);
+    QSignalSpy supportedRemoved(watcher, &StorageWatcher::supportedStorageRemoved);
+    QSignalSpy removed(watcher, &StorageWatcher::storageRemoved);
 
     QDir(card.path() + QStringLiteral("/DCIM")).removeRecursively();
     stub->driveArrived(card.device());
@@ -171,7 +156,7 @@ TEST_F(StorageWatcherTest, card_whose_recorder_folders_are_deleted_stops_being_s
 }
 
 TEST_F(StorageWatcherTest, removal_of_an_unknown_device_is_only_logged) {
-    QSignalSpy removed(watcher.get(), &StorageWatcher::storageRemoved);
+    QSignalSpy removed(watcher, &StorageWatcher::storageRemoved);
     stub->deviceRemoved("/dev/reelvue-nothing");
     deliver();
     EXPECT_EQ(removed.count(), 0);
@@ -179,7 +164,7 @@ TEST_F(StorageWatcherTest, removal_of_an_unknown_device_is_only_logged) {
 }
 
 TEST_F(StorageWatcherTest, second_initial_scan_is_warned_about_and_repeats_the_whole_list) {
-    QSignalSpy arrived(watcher.get(), &StorageWatcher::supportedStoragesArrived);
+    QSignalSpy arrived(watcher, &StorageWatcher::supportedStoragesArrived);
     stub->initialScanFinished();
     stub->initialScanFinished();
     deliver();

@@ -2,10 +2,14 @@
 #pragma once
 
 #include "core/DeviceNotifier.h"
+#include "core/StorageWatcher.h"
+#include "logging/Logging.h"
 
 #include <QByteArray>
 #include <QMetaObject>
 #include <QObject>
+
+#include <memory>
 
 namespace testsupport {
 
@@ -28,6 +32,19 @@ private:
         QMetaObject::invokeMethod(m_listener, slot, Qt::QueuedConnection, Q_ARG(QByteArray, id));
     }
     QObject* m_listener = nullptr;
+};
+
+// A started storage watcher fed by a stub notifier, with debug logging on.
+struct StubbedStorageWatcher {
+    StubbedStorageWatcher() {
+        logging::setLevel(logging::DEBUG);
+        auto notifier = std::make_unique<StubDeviceNotifier>();
+        stub = notifier.get();
+        watcher = std::make_unique<StorageWatcher>(std::move(notifier));
+        watcher->start();
+    }
+    StubDeviceNotifier* stub = nullptr;
+    std::unique_ptr<StorageWatcher> watcher;
 };
 
 } // namespace testsupport

@@ -85,3 +85,12 @@ private:
 };
 
 } // namespace testsupport
+
+// Skips the calling test where tmpfs cannot be mounted here. A macro: GTEST_SKIP only returns from the
+// function it is written in.
+#define SKIP_UNLESS_TMPFS_MOUNTS()                                                              \
+    do {                                                                                        \
+        const QString whyNot = testsupport::TmpfsMount::whyNotPossible();                       \
+        if (!whyNot.isEmpty())                                                                  \
+            GTEST_SKIP() << whyNot.toStdString();                                               \
+    } while (false)
