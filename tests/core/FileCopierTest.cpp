@@ -1,30 +1,22 @@
 // The file copier on real files: progress per file, never overwriting, keep on failure, remove on cancel.
 #include "core/FileCopier.h"
 
+#include "support/JobEvents.h"
+#include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QThread>
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace {
-
-// Every signal of one run, in order: "progress N", "done 1", "done 0", "canceled".
-struct CopierRecord {
-    std::vector<std::string> events;
-    explicit CopierRecord(FileCopier& copier) {
-        QObject::connect(&copier, &FileCopier::progress, [this](int p) { events.push_back("progress " + std::to_string(p)); });
-        QObject::connect(&copier, &FileCopier::done, [this](bool ok) { events.push_back(ok ? "done 1" : "done 0"); });
-        QObject::connect(&copier, &FileCopier::canceled, [this] { events.push_back("canceled"); });
-    }
-};
 
 using Events = std::vector<std::string>;
 
@@ -40,19 +32,22 @@ protected:
         FileCopierCommandVector commands;
         for (int i = 0; i < n; ++i) {
             const QString name = QStringLiteral("REC%1.MP4").arg(i);
-            QFile file(dir.filePath("card/" + name));
-            EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-            file.write(QByteArray(1000 + i, static_cast<char>('a' + i)));
-            commands.emplace_back(file.fileName(), dir.filePath("saved/" + name));
+            testsupport::writeFile(dir.filePath("card/" + name), QByteArray(1000 + i, static_cast<char>('a' + i)));
+            commands.emplace_back(dir.filePath("card/" + name), dir.filePath("saved/" + name));
         }
         return commands;
     }
 
     QStringList saved() const { return QDir(dir.filePath("saved")).entryList(QDir::Files | QDir::Hidden); }
 
-    static QByteArray contents(const QString& path) {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    // Copies on this thread; `prepare` may cancel or hook the copier first.
+    static Events copyAll(const FileCopierCommandVector& commands, const std::function<void(FileCopier&)>& prepare = {}) {
+        FileCopier copier;
+        testsupport::JobEvents record(copier);
+        if (prepare)
+            prepare(copier);
+        copier.copy(commands);
+        return record.events;
     }
 
     QTemporaryDir dir;
@@ -61,70 +56,49 @@ protected:
 } // namespace
 
 TEST_F(FileCopierTest, an_empty_command_vector_reports_zero_then_done) {
-    FileCopier copier;
-    CopierRecord record(copier);
-    copier.copy({});
-    EXPECT_EQ(record.events, (Events{"progress 0", "done 1"}));
+    EXPECT_EQ(copyAll({}), (Events{"progress 0", "done 1"}));
 }
 
 TEST_F(FileCopierTest, copies_every_file_unchanged_with_progress_after_each) {
     const FileCopierCommandVector commands = makeSources(3);
-    FileCopier copier;
-    CopierRecord record(copier);
-    copier.copy(commands);
-    EXPECT_EQ(record.events, (Events{"progress 0", "progress 33", "progress 66", "progress 100", "done 1"}));
+    EXPECT_EQ(copyAll(commands), (Events{"progress 0", "progress 33", "progress 66", "progress 100", "done 1"}));
     for (const auto& command : commands)
-        EXPECT_EQ(contents(command.second), contents(command.first));
+        EXPECT_EQ(testsupport::readFile(command.second), testsupport::readFile(command.first));
 }
 
 TEST_F(FileCopierTest, an_existing_destination_stops_the_copy_and_keeps_what_was_copied) {
     const FileCopierCommandVector commands = makeSources(3);
-    {
-        QFile existing(commands[1].second);
-        ASSERT_TRUE(existing.open(QIODevice::WriteOnly));
-        existing.write("the user's own file");
-    }
-    FileCopier copier;
-    CopierRecord record(copier);
-    copier.copy(commands);
-    EXPECT_EQ(record.events, (Events{"progress 0", "progress 33", "done 0"}));
-    EXPECT_EQ(contents(commands[0].second), contents(commands[0].first));
-    EXPECT_EQ(contents(commands[1].second), "the user's own file");
+    testsupport::writeFile(commands[1].second, "the user's own file");
+    EXPECT_EQ(copyAll(commands), (Events{"progress 0", "progress 33", "done 0"}));
+    EXPECT_EQ(testsupport::readFile(commands[0].second), testsupport::readFile(commands[0].first));
+    EXPECT_EQ(testsupport::readFile(commands[1].second), "the user's own file");
     EXPECT_FALSE(QFileInfo::exists(commands[2].second));
 }
 
 TEST_F(FileCopierTest, a_missing_source_fails) {
     FileCopierCommandVector commands = makeSources(1);
     commands.emplace_back(dir.filePath("card/GONE.MP4"), dir.filePath("saved/GONE.MP4"));
-    FileCopier copier;
-    CopierRecord record(copier);
-    copier.copy(commands);
-    EXPECT_EQ(record.events, (Events{"progress 0", "progress 50", "done 0"}));
+    EXPECT_EQ(copyAll(commands), (Events{"progress 0", "progress 50", "done 0"}));
     EXPECT_EQ(saved(), QStringList{"REC0.MP4"});
 }
 
 TEST_F(FileCopierTest, cancel_before_the_first_file_copies_and_deletes_nothing) {
     const FileCopierCommandVector commands = makeSources(2);
-    FileCopier copier;
-    CopierRecord record(copier);
-    copier.cancel();
-    copier.copy(commands);
-    EXPECT_EQ(record.events, (Events{"progress 0", "canceled"}));
+    EXPECT_EQ(copyAll(commands, [](FileCopier& copier) { copier.cancel(); }), (Events{"progress 0", "canceled"}));
     EXPECT_TRUE(saved().isEmpty());
     EXPECT_TRUE(QFileInfo::exists(commands[0].first));
 }
 
 TEST_F(FileCopierTest, cancel_after_two_of_five_files_removes_both_copies) {
     const FileCopierCommandVector commands = makeSources(5);
-    FileCopier copier;
-    CopierRecord record(copier);
     // The user presses Cancel while the second file is being copied; it finishes first.
-    QObject::connect(&copier, &FileCopier::progress, &copier, [&copier](int p) {
-        if (p == 40)
-            copier.cancel();
-    }, Qt::DirectConnection);
-    copier.copy(commands);
-    EXPECT_EQ(record.events, (Events{"progress 0", "progress 20", "progress 40", "canceled"}));
+    const Events events = copyAll(commands, [](FileCopier& copier) {
+        QObject::connect(&copier, &FileCopier::progress, &copier, [&copier](int p) {
+            if (p == 40)
+                copier.cancel();
+        }, Qt::DirectConnection);
+    });
+    EXPECT_EQ(events, (Events{"progress 0", "progress 20", "progress 40", "canceled"}));
     EXPECT_TRUE(saved().isEmpty()) << saved().join(' ').toStdString();
     for (const auto& command : commands)
         EXPECT_TRUE(QFileInfo::exists(command.first)); // the originals are never touched

@@ -71,6 +71,11 @@ void writeFile(const QString& path, const QByteArray& bytes) {
         throw std::runtime_error("cannot write " + path.toStdString());
 }
 
+QByteArray readFile(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 std::vector<Fix> standingFixes(const QDateTime& utcStart, int count, double latitude, double longitude,
                                int withoutFix) {
     std::vector<Fix> fixes;

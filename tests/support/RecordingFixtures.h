@@ -14,6 +14,8 @@ QString tinyVideo(int seconds = 1);
 void placeVideo(const QString& path, int seconds = 1);
 // Writes `bytes` to `path`, creating its folders.
 void writeFile(const QString& path, const QByteArray& bytes);
+// The whole file, or nothing when it cannot be read.
+QByteArray readFile(const QString& path);
 
 // One second of a track: a fix at `utc`, or a receiver still without a fix (valid false).
 struct Fix {
