@@ -2,6 +2,7 @@
 #include "core/TrackExtracter.h"
 
 #include "core/TrackLoader.h"
+#include "support/JobEvents.h"
 #include "support/NmeaSentences.h"
 #include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
@@ -18,6 +19,9 @@
 #include <algorithm>
 #include <string>
 #include <vector>
+
+using testsupport::JobEvents;
+using testsupport::readFile;
 
 namespace {
 
@@ -36,27 +40,6 @@ Playlist::RawItemPtr itemWithTrack(const QString& trackPath) {
 }
 
 Playlist::RawItems receiverItems() { return {itemWithTrack(testsupport::fixturePath("nmea/receiver-2004.nmea"))}; }
-
-// Every signal of one run, in order: "progress N", "done 1", "done 0", "canceled".
-struct JobRecord {
-    std::vector<std::string> events;
-    explicit JobRecord(TrackExtracter& job) {
-        QObject::connect(&job, &TrackExtracter::progress, [this](int p) { events.push_back("progress " + std::to_string(p)); });
-        QObject::connect(&job, &TrackExtracter::done, [this](bool ok) { events.push_back(ok ? "done 1" : "done 0"); });
-        QObject::connect(&job, &TrackExtracter::canceled, [this] { events.push_back("canceled"); });
-    }
-    std::vector<std::string> endings() const {
-        std::vector<std::string> result;
-        std::copy_if(events.begin(), events.end(), std::back_inserter(result),
-                     [](const std::string& e) { return e.rfind("progress", 0) != 0; });
-        return result;
-    }
-};
-
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 TrackPositions positionsBetween(const QString& trackPath, const TimeInterval& interval) {
     TrackPositions all = TrackLoader::load(trackPath).positions;
@@ -82,13 +65,13 @@ protected:
 
 TEST_F(TrackExtracterTest, csv_of_an_interval_holds_its_fixes_with_both_ends_included) {
     TrackExtracter job(receiverItems(), output("minute.csv"), TrackExtracter::Csv, kMinuteOfReceiver);
-    JobRecord record(job);
+    JobEvents record(job);
     job.run();
     EXPECT_EQ(record.endings(), std::vector<std::string>{"done 1"});
     EXPECT_EQ(record.events.front(), "progress 0");
     EXPECT_EQ(record.events[record.events.size() - 2], "progress 100");
 
-    const QList<QByteArray> lines = contents(output("minute.csv")).split('\n');
+    const QList<QByteArray> lines = readFile(output("minute.csv")).split('\n');
     ASSERT_EQ(lines.size(), 1 + 60 + 1); // header, 60 fixes, nothing after the last line end
     EXPECT_TRUE(lines[1].startsWith("2004.08.07 03:29:30,42.")) << lines[1].toStdString();
     EXPECT_TRUE(lines[60].startsWith("2004.08.07 03:30:29,42.")) << lines[60].toStdString();
@@ -108,10 +91,10 @@ TEST_F(TrackExtracterTest, gpx_and_kml_of_a_real_log_are_well_formed_with_one_po
     } cases[] = {{TrackExtracter::Gpx, "minute.gpx", "trkpt", 0}, {TrackExtracter::Kml, "minute.kml", "Placemark", 1}};
     for (const auto& c : cases) {
         TrackExtracter job(receiverItems(), output(c.name), c.type, kMinuteOfReceiver);
-        JobRecord record(job);
+        JobEvents record(job);
         job.run();
         ASSERT_EQ(record.endings(), std::vector<std::string>{"done 1"}) << c.name;
-        QXmlStreamReader reader(contents(output(c.name)));
+        QXmlStreamReader reader(readFile(output(c.name)));
         std::size_t points = 0;
         while (!reader.atEnd())
             if (reader.readNext() == QXmlStreamReader::StartElement && reader.name() == QLatin1String(c.pointElement))
@@ -124,7 +107,7 @@ TEST_F(TrackExtracterTest, gpx_and_kml_of_a_real_log_are_well_formed_with_one_po
 TEST_F(TrackExtracterTest, plt_counts_its_points_in_the_header) {
     TrackExtracter job(receiverItems(), output("minute.plt"), TrackExtracter::Plt, kMinuteOfReceiver);
     job.run();
-    const QList<QByteArray> lines = contents(output("minute.plt")).split('\n');
+    const QList<QByteArray> lines = readFile(output("minute.plt")).split('\n');
     ASSERT_GT(lines.size(), 7);
     EXPECT_EQ(lines[5], "60");
     EXPECT_EQ(lines.size(), 6 + 60 + 1);
@@ -144,7 +127,7 @@ TEST_F(TrackExtracterTest, nmea_copy_of_an_interval_loads_back_to_the_same_posit
         const TrackPositions expected = positionsBetween(source, interval);
 
         TrackExtracter job({itemWithTrack(source)}, output("copy.nmea"), TrackExtracter::Nmea, interval);
-        JobRecord record(job);
+        JobEvents record(job);
         job.run();
         ASSERT_EQ(record.endings(), std::vector<std::string>{"done 1"}) << fixture;
 
@@ -157,8 +140,8 @@ TEST_F(TrackExtracterTest, nmea_copy_of_an_interval_loads_back_to_the_same_posit
             EXPECT_EQ(copied[i].altitude, expected[i].altitude) << fixture << " #" << i;
         }
         // Every copied line is a sentence of the source, unchanged.
-        const QByteArray original = contents(source);
-        for (const QByteArray& line : contents(output("copy.nmea")).split('\n')) {
+        const QByteArray original = readFile(source);
+        for (const QByteArray& line : readFile(output("copy.nmea")).split('\n')) {
             if (!line.isEmpty()) {
                 EXPECT_TRUE(original.contains(line + '\n')) << line.toStdString();
             }
@@ -175,7 +158,7 @@ TEST_F(TrackExtracterTest, positions_of_two_items_come_out_in_time_order) {
     const TimeInterval wholeDay{utc(2019, 9, 13, 0, 0, 0), utc(2019, 9, 13, 23, 59, 59)};
     TrackExtracter job({itemWithTrack(second), itemWithTrack(first)}, output("drive.csv"), TrackExtracter::Csv, wholeDay);
     job.run();
-    const QList<QByteArray> lines = contents(output("drive.csv")).split('\n');
+    const QList<QByteArray> lines = readFile(output("drive.csv")).split('\n');
     ASSERT_EQ(lines.size(), 5);
     EXPECT_TRUE(lines[1].startsWith("2019.09.13 10:00:00,"));
     EXPECT_TRUE(lines[2].startsWith("2019.09.13 10:00:01,"));
@@ -186,7 +169,7 @@ TEST_F(TrackExtracterTest, an_unreadable_track_is_logged_and_the_others_are_writ
     testsupport::LogCapture log;
     Playlist::RawItems items = {itemWithTrack(output("missing.nmea")), receiverItems().front()};
     TrackExtracter job(items, output("minute.gpx"), TrackExtracter::Gpx, kMinuteOfReceiver);
-    JobRecord record(job);
+    JobEvents record(job);
     job.run();
     EXPECT_EQ(record.endings(), std::vector<std::string>{"done 1"});
     EXPECT_FALSE(log.linesContaining("missing.nmea").empty());
@@ -199,7 +182,7 @@ TEST_F(TrackExtracterTest, a_track_whose_loaded_fixes_lie_outside_the_interval_i
     fix.time = trackTimeFromSeconds(utc(2019, 9, 13, 10, 0, 0).toSecsSinceEpoch());
     elsewhere->track->positions = {fix};
     TrackExtracter job({elsewhere, receiverItems().front()}, output("minute.csv"), TrackExtracter::Csv, kMinuteOfReceiver);
-    JobRecord record(job);
+    JobEvents record(job);
     job.run();
     EXPECT_EQ(record.endings(), std::vector<std::string>{"done 1"});
     EXPECT_TRUE(log.linesContaining("gone.nmea").empty());
@@ -221,7 +204,7 @@ TEST_F(TrackExtracterTest, no_track_in_the_interval_or_no_folder_fails_without_l
     for (int type = TrackExtracter::Nmea; type <= TrackExtracter::Plt; ++type) {
         for (const auto& c : cases) {
             TrackExtracter job(c.items, output(c.name), static_cast<TrackExtracter::TrackType>(type), c.interval);
-            JobRecord record(job);
+            JobEvents record(job);
             job.run();
             EXPECT_EQ(record.endings(), std::vector<std::string>{"done 0"}) << type << " " << c.name;
         }
@@ -235,7 +218,7 @@ TEST_F(TrackExtracterTest, a_failed_run_keeps_a_file_already_at_the_output_path)
     const TimeInterval otherDay{utc(2019, 9, 13, 10, 0, 0), utc(2019, 9, 13, 11, 0, 0)};
     TrackExtracter job(receiverItems(), output("old.gpx"), TrackExtracter::Gpx, otherDay);
     job.run();
-    EXPECT_EQ(contents(output("old.gpx")), "an earlier export");
+    EXPECT_EQ(readFile(output("old.gpx")), "an earlier export");
     EXPECT_EQ(filesIn(dir), QStringList{"old.gpx"});
 }
 
@@ -244,7 +227,7 @@ TEST_F(TrackExtracterTest, cancel_during_the_run_ends_with_canceled_and_no_file)
         Playlist::RawItems items = receiverItems();
         items.push_back(items.front());
         TrackExtracter job(items, output("cancelled"), static_cast<TrackExtracter::TrackType>(type), kMinuteOfReceiver);
-        JobRecord record(job);
+        JobEvents record(job);
         // The first item's progress is the moment the user presses Cancel.
         QObject::connect(&job, &TrackExtracter::progress, &job, [&job](int p) {
             if (p > 0)
