@@ -2,18 +2,17 @@
 #include "core/TrackLoader.h"
 
 #include "support/NmeaSentences.h"
+#include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
 
 #include "logging/Logging.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <random>
 
 using testsupport::sentence;
 
@@ -153,20 +152,6 @@ TEST(TrackLoaderFixes, rmc_years_are_two_digits_after_2000_and_times_cross_midni
     EXPECT_EQ(result.positions[1].time, utc(2000, 1, 1, 0, 0, 0));
 }
 
-TEST(TrackLoaderFixes, sentences_with_a_bad_checksum_or_lower_case_digits_are_skipped) {
-    std::string bad = kRmc2;
-    bad[bad.size() - 3] = bad[bad.size() - 3] == '0' ? '1' : '0';
-    std::string lower = sentence("GPRMC,120007,A,4916.45,N,12311.12,W,,,191124,,");
-    const std::string lowerDigits = lower.substr(lower.size() - 4, 2);
-    if (lowerDigits.find_first_of("ABCDEF") == std::string::npos)
-        GTEST_SKIP() << "the checksum has no letter digit";
-    for (auto i = lower.size() - 4; i < lower.size() - 2; ++i)
-        lower[i] = static_cast<char>(std::tolower(lower[i]));
-    const auto result = loadText(kRmc1 + bad + lower);
-    EXPECT_EQ(result.positions.size(), 1u);
-    EXPECT_EQ(result.rmcCount, 1u);
-}
-
 TEST(TrackLoaderRealLogs, load_with_plausible_counts) {
     struct Expected {
         const char* file;
@@ -204,34 +189,15 @@ TEST(TrackLoaderBadInput, unreadable_file_and_non_nmea_content_fail_with_their_m
     EXPECT_EQ(failureOf([&] { TrackLoader::load(dir.path()); }).rfind("Failed to read file: invalid stream", 0), 0u);
     EXPECT_EQ(failureOf([] { TrackLoader::load(testsupport::fixturePath("nmea/utf16-encoded.nmea")); }),
               "Failed to parse as NMEA");
-
-    std::mt19937 random(7);
-    std::string garbage(1 << 20, '\0');
-    for (char& c : garbage)
-        c = static_cast<char>(random());
-    EXPECT_EQ(failureOf([&] { loadText(garbage); }), "Failed to parse as NMEA");
-    EXPECT_EQ(failureOf([&] { loadText(std::string(10 << 20, 'x')); }), "Failed to parse as NMEA");
+    EXPECT_EQ(failureOf([&] { loadText(std::string(1 << 20, 'x')); }), "Failed to parse as NMEA");
 }
 
 TEST(TrackLoaderBadInput, empty_file_gives_no_positions) {
     QTemporaryDir dir;
-    QFile empty(dir.filePath("empty.nmea"));
-    ASSERT_TRUE(empty.open(QIODevice::WriteOnly));
-    empty.close();
-    const auto result = TrackLoader::load(empty.fileName());
+    testsupport::writeFile(dir.filePath("empty.nmea"), {});
+    const auto result = TrackLoader::load(dir.filePath("empty.nmea"));
     EXPECT_TRUE(result.positions.empty());
     EXPECT_EQ(result.rmcCount, 0u);
-}
-
-TEST(TrackLoaderBadInput, sentences_around_garbage_and_long_lines_still_load) {
-    std::mt19937 random(11);
-    std::string garbage(4096, '\0');
-    for (char& c : garbage)
-        c = static_cast<char>(random());
-    const std::string longLine = "$GPRMC," + std::string(10 << 20, '7'); // no line end, no checksum
-    const auto result = loadText(garbage + kRmc1 + longLine + "\n" + garbage + kRmc2);
-    EXPECT_EQ(result.positions.size(), 2u);
-    EXPECT_EQ(result.rmcCount, 2u);
 }
 
 TEST(TrackLoaderBadInput, file_ending_inside_a_sentence_keeps_what_came_before) {
