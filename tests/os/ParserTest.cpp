@@ -3,24 +3,19 @@
 #include "os/nmea/Parser.h"
 
 #include "support/NmeaSentences.h"
+#include "support/PlainStream.h"
+#include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
-
-#include <QFile>
 
 #include <gtest/gtest.h>
 
 #include <random>
 #include <string>
 
+using testsupport::PlainStream;
 using testsupport::sentence;
 
 namespace {
-
-class PlainStream : public os::CMemoryInputStream {
-public:
-    using CMemoryInputStream::CMemoryInputStream;
-    const char* contiguousData() const override { return nullptr; }
-};
 
 class TypeRecorder : public os::nmea::ISentenceHandler {
 public:
@@ -87,9 +82,7 @@ TEST(NmeaParser, input_without_one_valid_sentence_is_not_nmea) {
     EXPECT_FALSE(parse("just text\n").ok);
     EXPECT_TRUE(parse("just text\n", true, os::nmea::ParseOption::AcceptAnything).ok);
     EXPECT_TRUE(parse("").ok); // nothing to read is not a failure
-    QFile utf16(testsupport::fixturePath("nmea/utf16-encoded.nmea"));
-    ASSERT_TRUE(utf16.open(QIODevice::ReadOnly));
-    EXPECT_FALSE(parse(utf16.readAll().toStdString()).ok);
+    EXPECT_FALSE(parse(testsupport::readFile(testsupport::fixturePath("nmea/utf16-encoded.nmea")).toStdString()).ok);
 }
 
 TEST(NmeaParser, always_progresses_through_hostile_input) {
@@ -106,9 +99,7 @@ TEST(NmeaParser, always_progresses_through_hostile_input) {
 
 TEST(NmeaParser, memory_and_plain_streams_read_the_same_sentences) {
     for (const char* name : {"nmea/receiver-2004.nmea", "nmea/with-text-and-proprietary.nmea"}) {
-        QFile file(testsupport::fixturePath(name));
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        const std::string text = file.readAll().toStdString();
+        const std::string text = testsupport::readFile(testsupport::fixturePath(name)).toStdString();
         std::string damaged = text;
         for (std::size_t i = 7; i < damaged.size(); i += 97)
             damaged[i] = static_cast<char>(damaged[i] ^ 0x20);

@@ -4,21 +4,16 @@
 #include "os/nmea/SentenceProbe.h"
 
 #include "support/NmeaSentences.h"
+#include "support/PlainStream.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
+using testsupport::PlainStream;
 using testsupport::sentence;
 
 namespace {
-
-// The same bytes without the in-memory view, so the probe reads them one call at a time.
-class PlainStream : public os::CMemoryInputStream {
-public:
-    using CMemoryInputStream::CMemoryInputStream;
-    const char* contiguousData() const override { return nullptr; }
-};
 
 struct Outcome {
     std::size_t length;
