@@ -188,9 +188,7 @@ TEST_F(PlaylistDiscoveryTest, items_are_sorted_by_start_across_folders) {
 }
 
 TEST_F(PlaylistDiscoveryTest, truncated_video_without_index_has_no_duration_but_is_placed) {
-    QFile source(testsupport::tinyVideo(2));
-    ASSERT_TRUE(source.open(QIODevice::ReadOnly));
-    const QByteArray bytes = source.readAll();
+    const QByteArray bytes = testsupport::readFile(testsupport::tinyVideo(2));
     // ffmpeg writes the index (moov) at the end: the first half of the file has none.
     testsupport::writeFile(path("Normal/2024_0307_140509_F.MP4"), bytes.left(bytes.size() / 2));
     placeVideo(path("Normal/2024_0307_140609_F.MP4"), 1);

@@ -2,6 +2,7 @@
 #include "core/ApplicationOptions.h"
 #include "core/Startup.h"
 #include "logging/Logging.h"
+#include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
 
 #include <QCommandLineParser>
@@ -134,13 +135,8 @@ TEST(QtMessageBridge, maps_message_types_to_levels_with_a_context_prefix) {
 
 TEST(Startup, web_channel_script_already_beside_the_page_is_not_overwritten) {
     QTemporaryDir resources;
-    ASSERT_TRUE(QDir(resources.path()).mkpath(QStringLiteral("map/dist")));
     const QString script = resources.filePath(QStringLiteral("map/dist/qwebchannel.js"));
-    QFile file(script);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("// ours");
-    file.close();
+    testsupport::writeFile(script, "// ours");
     provideWebChannelScript(QDir(resources.path()));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), QByteArray("// ours"));
+    EXPECT_EQ(testsupport::readFile(script), QByteArray("// ours"));
 }
