@@ -4,6 +4,7 @@
 #include "core/Startup.h"
 #include "logging/Logging.h"
 #include "support/TestSupport.h"
+#include "support/TrackFixes.h"
 #include "ui/MapWidgetSharedState.h"
 #include "ui/TrackSimplifier.h"
 
@@ -19,12 +20,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cmath>
 #include <memory>
 
 namespace {
 constexpr int kPageTimeoutMs = 60000; // a fresh machine without a GPU starts Chromium slowly
-constexpr std::int64_t kStart = 1'700'000'000;
+constexpr std::int64_t kStart = testsupport::kTrackStart;
 
 // Chromium refuses its sandbox as root and has no GPU under Xvfb.
 void prepareBrowserEnvironment() {
@@ -42,12 +42,7 @@ QUrl runTreePage() {
 TrackPositions blockDrive() {
     TrackPositions track;
     auto add = [&](double longitude, double latitude, double speed) {
-        TrackPosition position;
-        position.time = trackTimeFromSeconds(kStart + static_cast<std::int64_t>(track.size()));
-        position.longitude = longitude;
-        position.latitude = latitude;
-        position.speed = speed;
-        track.push_back(position);
+        track.push_back(testsupport::fixAt(static_cast<int>(track.size()), longitude, latitude, std::nullopt, speed));
     };
     for (int i = 0; i < 40; ++i)
         add(14.40 + i * 1e-4, 50.08, 20.0 + i);
@@ -264,32 +259,4 @@ TEST_F(MapWidgetAdapterTest, a_change_of_language_renames_the_zoom_buttons) {
     ASSERT_EQ(changes.size(), 1);
     EXPECT_EQ(changes.at(0).at(0).toString(), QStringLiteral("pl_PL"));
     EXPECT_TRUE(testsupport::waitUntil([&] { return evaluate(*m_view, QStringLiteral("document.documentElement.lang")).toString() == QStringLiteral("pl"); }, kPageTimeoutMs));
-}
-
-// Not a check: saves what the map looks like, for a person to look at (REELVUE_MAP_SCREENSHOT=<file.png>).
-TEST_F(MapWidgetAdapterTest, screenshot_of_a_track_with_the_vehicle) {
-    const QString file = qEnvironmentVariable("REELVUE_MAP_SCREENSHOT");
-    if (file.isEmpty())
-        GTEST_SKIP() << "set REELVUE_MAP_SCREENSHOT to a file name";
-    ASSERT_NO_FATAL_FAILURE(connectPage());
-    // Ten minutes through town: bends, a stop and speeds from walking pace to a fast road.
-    TrackPositions track;
-    double longitude = 14.42, latitude = 50.08, heading = 60.0;
-    for (int i = 0; i < 600; ++i) {
-        const double speed = i < 120 ? i : (i < 160 ? 0.0 : 30.0 + 90.0 * std::abs(std::sin(i / 90.0)));
-        heading += 3.0 * std::sin(i / 40.0);
-        latitude += speed / 3.6 * std::cos(heading * M_PI / 180.0) / 111'320.0;
-        longitude += speed / 3.6 * std::sin(heading * M_PI / 180.0) / 71'600.0;
-        TrackPosition position;
-        position.time = trackTimeFromSeconds(kStart + i);
-        position.longitude = longitude;
-        position.latitude = latitude;
-        position.speed = speed;
-        track.push_back(position);
-    }
-    ASSERT_NO_FATAL_FAILURE(showTrack(track));
-    m_adapter->setTimeStep(60);
-    m_adapter->setCurrentTime(QDateTime::fromMSecsSinceEpoch((kStart + 330) * 1000), true);
-    QTest::qWait(1500);
-    EXPECT_TRUE(m_view->grab().save(file));
 }

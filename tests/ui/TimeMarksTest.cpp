@@ -1,19 +1,13 @@
 // Time marks along the track: where they fall and which way they point.
 #include "ui/TimeMarks.h"
 
+#include "support/TrackFixes.h"
+
 #include <gtest/gtest.h>
 
 namespace {
-constexpr std::int64_t kStart = 1'700'000'000;
-
-TrackPosition fix(int second, double longitude, double latitude, std::optional<double> course = std::nullopt) {
-    TrackPosition position;
-    position.time = trackTimeFromSeconds(kStart + second);
-    position.longitude = longitude;
-    position.latitude = latitude;
-    position.course = course;
-    return position;
-}
+constexpr std::int64_t kStart = testsupport::kTrackStart;
+using testsupport::fixAt;
 
 std::vector<double> timesOf(const std::vector<MapPoint>& marks) {
     std::vector<double> times;
@@ -24,21 +18,21 @@ std::vector<double> timesOf(const std::vector<MapPoint>& marks) {
 } // namespace
 
 TEST(TimeMarks, none_without_a_step_or_a_track) {
-    const TrackPositions track{fix(0, 10.0, 50.0), fix(100, 11.0, 50.0)};
+    const TrackPositions track{fixAt(0, 10.0, 50.0), fixAt(100, 11.0, 50.0)};
     EXPECT_TRUE(timeMarksAlong(track, 0).empty());
     EXPECT_TRUE(timeMarksAlong({}, 30).empty());
 }
 
 TEST(TimeMarks, start_at_the_first_fix_and_stop_at_the_last) {
-    const TrackPositions track{fix(0, 10.0, 50.0), fix(100, 11.0, 50.0)};
+    const TrackPositions track{fixAt(0, 10.0, 50.0), fixAt(100, 11.0, 50.0)};
     EXPECT_EQ(timesOf(timeMarksAlong(track, 30)), (std::vector<double>{0, 30, 60, 90}));
     EXPECT_EQ(timesOf(timeMarksAlong(track, 50)), (std::vector<double>{0, 50, 100}));
-    EXPECT_EQ(timeMarksAlong({fix(0, 10.0, 50.0)}, 30).size(), 1u);
+    EXPECT_EQ(timeMarksAlong({fixAt(0, 10.0, 50.0)}, 30).size(), 1u);
 }
 
 TEST(TimeMarks, sit_between_fixes_and_point_along_the_road) {
     // East for 60 s, then north for 60 s, without courses: headings are bearings.
-    const TrackPositions track{fix(0, 10.0, 50.0), fix(60, 10.6, 50.0), fix(120, 10.6, 50.6)};
+    const TrackPositions track{fixAt(0, 10.0, 50.0), fixAt(60, 10.6, 50.0), fixAt(120, 10.6, 50.6)};
     const std::vector<MapPoint> marks = timeMarksAlong(track, 30);
     ASSERT_EQ(marks.size(), 5u);
     EXPECT_DOUBLE_EQ(marks[1].longitude, 10.3);

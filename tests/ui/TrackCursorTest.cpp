@@ -1,22 +1,16 @@
 // Where the vehicle is at a moment of play: the cursor search, interpolation and heading.
 #include "ui/TrackCursor.h"
 
+#include "support/TrackFixes.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <random>
 
 namespace {
-constexpr std::int64_t kStart = 1'700'000'000;
-
-TrackPosition fix(int second, double longitude, double latitude, std::optional<double> course = std::nullopt) {
-    TrackPosition position;
-    position.time = trackTimeFromSeconds(kStart + second);
-    position.longitude = longitude;
-    position.latitude = latitude;
-    position.course = course;
-    return position;
-}
+constexpr std::int64_t kStart = testsupport::kTrackStart;
+using testsupport::fixAt;
 
 double at(double second) { return static_cast<double>(kStart) + second; }
 
@@ -24,13 +18,13 @@ double at(double second) { return static_cast<double>(kStart) + second; }
 TrackPositions hourEast() {
     TrackPositions track;
     for (int i = 0; i < 3600; ++i)
-        track.push_back(fix(i, 37.0 + i * 1e-4, 55.0));
+        track.push_back(fixAt(i, 37.0 + i * 1e-4, 55.0));
     return track;
 }
 } // namespace
 
 TEST(TrackCursor, interpolates_between_the_fixes_around_the_moment) {
-    const TrackPositions track{fix(0, 10.0, 50.0, 45.0), fix(10, 11.0, 52.0, 90.0)};
+    const TrackPositions track{fixAt(0, 10.0, 50.0, 45.0), fixAt(10, 11.0, 52.0, 90.0)};
     TrackCursor cursor(&track);
     const MapPoint point = cursor.pointAt(at(2.5));
     EXPECT_DOUBLE_EQ(point.time, at(2.5));
@@ -39,24 +33,17 @@ TEST(TrackCursor, interpolates_between_the_fixes_around_the_moment) {
     EXPECT_EQ(point.heading, 45.0) << "the earlier fix's course";
 }
 
-TEST(TrackCursor, a_moment_on_a_fix_gives_that_fix) {
-    const TrackPositions track{fix(0, 10.0, 50.0), fix(1, 11.0, 51.0), fix(2, 12.0, 53.0)};
+TEST(TrackCursor, a_moment_on_a_fix_gives_that_fix_and_before_the_track_its_first) {
+    const TrackPositions track{fixAt(10, 10.0, 50.0), fixAt(11, 11.0, 51.0), fixAt(12, 12.0, 53.0)};
     TrackCursor cursor(&track);
-    const MapPoint point = cursor.pointAt(at(1));
-    EXPECT_DOUBLE_EQ(point.longitude, 11.0);
-    EXPECT_DOUBLE_EQ(point.latitude, 51.0);
-}
-
-TEST(TrackCursor, before_the_track_stays_at_its_first_fix) {
-    const TrackPositions track{fix(10, 10.0, 50.0), fix(20, 11.0, 51.0)};
-    TrackCursor cursor(&track);
-    const MapPoint point = cursor.pointAt(at(0));
-    EXPECT_DOUBLE_EQ(point.longitude, 10.0);
-    EXPECT_DOUBLE_EQ(point.latitude, 50.0);
+    EXPECT_DOUBLE_EQ(cursor.pointAt(at(11)).longitude, 11.0);
+    EXPECT_DOUBLE_EQ(cursor.pointAt(at(11)).latitude, 51.0);
+    EXPECT_DOUBLE_EQ(cursor.pointAt(at(0)).longitude, 10.0);
+    EXPECT_DOUBLE_EQ(cursor.pointAt(at(0)).latitude, 50.0);
 }
 
 TEST(TrackCursor, after_the_track_gives_the_last_fix_with_its_course_or_north) {
-    TrackPositions track{fix(0, 10.0, 50.0, 10.0), fix(5, 11.0, 51.0, 123.0)};
+    TrackPositions track{fixAt(0, 10.0, 50.0, 10.0), fixAt(5, 11.0, 51.0, 123.0)};
     TrackCursor cursor(&track);
     MapPoint point = cursor.pointAt(at(60));
     EXPECT_TRUE(cursor.atLast());
@@ -70,17 +57,17 @@ TEST(TrackCursor, after_the_track_gives_the_last_fix_with_its_course_or_north) {
 }
 
 TEST(TrackCursor, fixes_with_the_same_time_give_the_first_without_dividing_by_zero) {
-    const TrackPositions track{fix(0, 10.0, 50.0), fix(0, 12.0, 52.0), fix(3, 13.0, 53.0)};
+    const TrackPositions track{fixAt(0, 10.0, 50.0), fixAt(0, 12.0, 52.0), fixAt(3, 13.0, 53.0)};
     const MapPoint point = TrackCursor::interpolate(track[0], track[1], at(0));
     EXPECT_DOUBLE_EQ(point.longitude, 10.0);
     EXPECT_DOUBLE_EQ(point.latitude, 50.0);
 }
 
 TEST(TrackCursor, without_course_the_heading_is_the_plain_bearing_to_the_next_fix) {
-    const TrackPosition origin = fix(0, 10.0, 50.0);
-    EXPECT_DOUBLE_EQ(*TrackCursor::interpolate(origin, fix(1, 10.0, 51.0), at(0)).heading, 0.0);
-    EXPECT_DOUBLE_EQ(*TrackCursor::interpolate(origin, fix(1, 11.0, 50.0), at(0)).heading, 90.0);
-    EXPECT_DOUBLE_EQ(*TrackCursor::interpolate(origin, fix(1, 9.0, 49.0), at(0)).heading, -135.0);
+    const TrackPosition origin = fixAt(0, 10.0, 50.0);
+    EXPECT_DOUBLE_EQ(*TrackCursor::interpolate(origin, fixAt(1, 10.0, 51.0), at(0)).heading, 0.0);
+    EXPECT_DOUBLE_EQ(*TrackCursor::interpolate(origin, fixAt(1, 11.0, 50.0), at(0)).heading, 90.0);
+    EXPECT_DOUBLE_EQ(*TrackCursor::interpolate(origin, fixAt(1, 9.0, 49.0), at(0)).heading, -135.0);
 }
 
 TEST(TrackCursor, play_scans_forward_and_jumps_search_the_whole_track) {
@@ -105,7 +92,7 @@ TEST(TrackCursor, any_sequence_of_moments_finds_the_last_fix_at_or_before_each) 
     int second = 0;
     for (int i = 0; i < 2000; ++i) {
         second += 1 + static_cast<int>(random() % 5) + (i % 300 == 0 ? 400 : 0);
-        track.push_back(fix(second, i * 1e-4, 0.0));
+        track.push_back(fixAt(second, i * 1e-4, 0.0));
     }
     TrackCursor cursor(&track);
     double t = at(-10);

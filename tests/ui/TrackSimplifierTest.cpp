@@ -1,6 +1,8 @@
 // Thinning a track for the map: which fixes stay, and the mean speed each kept fix carries.
 #include "ui/TrackSimplifier.h"
 
+#include "support/TrackFixes.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -9,12 +11,7 @@ namespace {
 constexpr double kTolerance = TrackSimplifier::kTolerance;
 
 TrackPosition fix(int second, double longitude, double latitude, std::optional<double> speed = std::nullopt) {
-    TrackPosition position;
-    position.time = trackTimeFromSeconds(1'700'000'000 + second);
-    position.longitude = longitude;
-    position.latitude = latitude;
-    position.speed = speed;
-    return position;
+    return testsupport::fixAt(second, longitude, latitude, std::nullopt, speed);
 }
 
 std::vector<double> longitudesOf(const TrackPositions& track) {
