@@ -200,18 +200,6 @@ TEST_F(PlayerTest, notifies_positions_while_playing) {
     ASSERT_TRUE(waitUntil([&] { return !positions.isEmpty() && positions.last()[0].toLongLong() == 100; }));
 }
 
-TEST_F(PlayerTest, capture_delivers_the_picture_on_display_at_its_own_size) {
-    load();
-    player.setPosition(static_cast<qint64>(middleOf(57)));
-    ASSERT_TRUE(waitForFrame(57));
-    QSignalSpy captured(&player, &Player::imageCaptured);
-    player.capture();
-    ASSERT_TRUE(waitUntil([&] { return captured.count() == 1; }));
-    const QImage image = captured[0][0].value<QImage>();
-    EXPECT_EQ(image.size(), QSize(320, 180));
-    EXPECT_EQ(testsupport::readFrameNumber(image), 57);
-}
-
 TEST_F(PlayerTest, rejects_unplayable_files_with_a_clear_error) {
     const QString dir = testsupport::sharedMediaDir();
     const auto loadError = [&](const QString& file) -> std::string {
