@@ -1,8 +1,6 @@
 // The open dialog over a storage watcher: selection, the extra row, choosing a directory, storages leaving.
 #include "ui/OpenDialog.h"
 
-#include "core/StorageWatcher.h"
-#include "logging/Logging.h"
 #include "support/BoxAnswerer.h"
 #include "support/StubDeviceNotifier.h"
 #include "support/TestSupport.h"
@@ -24,14 +22,7 @@ namespace {
 
 class OpenDialogTest : public testing::Test {
 protected:
-    void SetUp() override {
-        logging::setLevel(logging::DEBUG);
-        auto notifier = std::make_unique<testsupport::StubDeviceNotifier>();
-        stub = notifier.get();
-        watcher = std::make_unique<StorageWatcher>(std::move(notifier));
-        watcher->start();
-        stub->initialScanFinished();
-    }
+    void SetUp() override { stub->initialScanFinished(); }
 
     void deliver() { waitUntil([] { return false; }, 30); }
 
@@ -47,14 +38,15 @@ protected:
     }
 
     testsupport::LogCapture log;
-    testsupport::StubDeviceNotifier* stub = nullptr;
-    std::unique_ptr<StorageWatcher> watcher;
+    testsupport::StubbedStorageWatcher watched;
+    testsupport::StubDeviceNotifier* stub = watched.stub;
+    StorageWatcher* watcher = watched.watcher.get();
 };
 
 } // namespace
 
 TEST_F(OpenDialogTest, open_is_enabled_only_while_a_row_is_selected_and_the_directory_row_is_last) {
-    OpenDialog dialog(nullptr, watcher.get());
+    OpenDialog dialog(nullptr, watcher);
     EXPECT_EQ(dialog.objectName(), QStringLiteral("OpenDialog"));
     EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Open external drive"));
     EXPECT_EQ(openButton(dialog)->text(), QStringLiteral("Open"));
@@ -67,50 +59,43 @@ TEST_F(OpenDialogTest, open_is_enabled_only_while_a_row_is_selected_and_the_dire
     EXPECT_TRUE(openButton(dialog)->isEnabled());
     dialog.listView()->selectionModel()->clearSelection();
     EXPECT_FALSE(openButton(dialog)->isEnabled());
-    EXPECT_THROW(dialog.result(), std::logic_error);
 }
 
-TEST_F(OpenDialogTest, unsuitable_directory_shows_the_warning_and_the_dialog_stays_open) {
+TEST_F(OpenDialogTest, unsuitable_or_no_directory_keeps_the_dialog_open_and_only_the_first_warns) {
     QTemporaryDir plain;
-    OpenDialog dialog(nullptr, watcher.get());
-    QStringList captions;
-    dialog.setDirectoryChooser([&](QWidget*, const QString& caption, const QString&) {
-        captions << caption;
-        return plain.path();
-    });
-    dialog.show();
-    select(dialog, 0);
-    testsupport::BoxAnswerer answerer(QStringLiteral("OK"));
-    openButton(dialog)->click();
-    EXPECT_EQ(captions, QStringList{QStringLiteral("Open directory")});
-    EXPECT_EQ(answerer.texts, std::vector<std::string>{"Specified directory is not suitable"});
-    EXPECT_TRUE(dialog.isVisible());
-    EXPECT_FALSE(dialog.hasResult());
-    try {
-        dialog.result();
-        ADD_FAILURE() << "no result expected";
-    } catch (const std::logic_error& error) {
-        EXPECT_STREQ(error.what(), "There is no result in OpenDialog");
+    const std::pair<QString, std::vector<std::string>> cases[] = {
+        {plain.path(), {"Specified directory is not suitable"}},
+        {QString(), {}}, // the chooser cancelled
+    };
+    for (const auto& [chosen, boxes] : cases) {
+        OpenDialog dialog(nullptr, watcher);
+        QStringList captions;
+        dialog.setDirectoryChooser([&, chosen = chosen](QWidget*, const QString& caption, const QString&) {
+            captions << caption;
+            return chosen;
+        });
+        dialog.show();
+        select(dialog, 0);
+        testsupport::BoxAnswerer answerer(QStringLiteral("OK"));
+        openButton(dialog)->click();
+        deliver();
+        EXPECT_EQ(captions, QStringList{QStringLiteral("Open directory")});
+        EXPECT_EQ(answerer.texts, boxes);
+        EXPECT_TRUE(dialog.isVisible());
+        EXPECT_FALSE(dialog.hasResult());
+        try {
+            dialog.result();
+            ADD_FAILURE() << "no result expected";
+        } catch (const std::logic_error& error) {
+            EXPECT_STREQ(error.what(), "There is no result in OpenDialog");
+        }
     }
-}
-
-TEST_F(OpenDialogTest, cancelled_directory_chooser_keeps_the_dialog_open_without_a_box) {
-    OpenDialog dialog(nullptr, watcher.get());
-    dialog.setDirectoryChooser([](QWidget*, const QString&, const QString&) { return QString(); });
-    dialog.show();
-    select(dialog, 0);
-    testsupport::BoxAnswerer answerer(QStringLiteral("OK"));
-    openButton(dialog)->click();
-    deliver();
-    EXPECT_TRUE(answerer.texts.empty());
-    EXPECT_TRUE(dialog.isVisible());
-    EXPECT_FALSE(dialog.hasResult());
 }
 
 TEST_F(OpenDialogTest, suitable_directory_is_the_result_with_the_storage_holding_it) {
     QTemporaryDir card;
     QDir(card.path()).mkpath(QStringLiteral("DCIM"));
-    OpenDialog dialog(nullptr, watcher.get());
+    OpenDialog dialog(nullptr, watcher);
     dialog.setDirectoryChooser([&](QWidget*, const QString&, const QString&) { return card.path() + "/./"; });
     dialog.show();
     select(dialog, 0);
@@ -123,9 +108,7 @@ TEST_F(OpenDialogTest, suitable_directory_is_the_result_with_the_storage_holding
 }
 
 TEST_F(OpenDialogTest, storage_row_gives_the_storage_and_its_root_and_the_last_one_removed_leaves_the_extra_row) {
-    const QString why = TmpfsMount::whyNotPossible();
-    if (!why.isEmpty())
-        GTEST_SKIP() << why.toStdString();
+    SKIP_UNLESS_TMPFS_MOUNTS();
     TmpfsMount first("reelvue-od-first");
     TmpfsMount second("reelvue-od-second");
     first.makeRecorderLayout();
@@ -133,7 +116,7 @@ TEST_F(OpenDialogTest, storage_row_gives_the_storage_and_its_root_and_the_last_o
     stub->deviceArrived(first.device());
     deliver();
 
-    OpenDialog dialog(nullptr, watcher.get());
+    OpenDialog dialog(nullptr, watcher);
     dialog.show();
     ASSERT_EQ(dialog.listView()->model()->rowCount(), 2);
     EXPECT_EQ(rowText(dialog, 0), first.path()) << "a tmpfs has no name of its own";
