@@ -1,4 +1,5 @@
 // reelvue-cli cut on a folder of recorder files: stream copy, rear camera turned, Ctrl+C, bad arguments.
+#include "support/CliRunner.h"
 #include "support/GeneratedMedia.h"
 
 #include <QDir>
@@ -13,6 +14,7 @@
 #include <csignal>
 
 using testing::HasSubstr;
+using testsupport::CliResult;
 
 namespace {
 
@@ -40,17 +42,8 @@ protected:
     }
     void SetUp() override { ASSERT_TRUE(s_ready) << "ffmpeg could not make the recordings"; }
 
-    struct Result {
-        int exitCode;
-        std::string out;
-        std::string err;
-    };
-    static Result cut(const QStringList& arguments) {
-        QProcess process;
-        process.start(QStringLiteral(REELVUE_RUN_DIR "/reelvue-cli"), QStringList{"cut", s_card->path()} + arguments);
-        EXPECT_TRUE(process.waitForFinished(120000));
-        return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-                process.readAllStandardError().toStdString()};
+    static CliResult cut(const QStringList& arguments) {
+        return testsupport::runCli(QStringList{"cut", s_card->path()} + arguments, 120000);
     }
     QString output(const QString& name) const { return m_out.filePath(name); }
 
@@ -63,7 +56,7 @@ protected:
 
 TEST_F(CutCommandTest, stream_copy_over_two_files_prints_the_file_and_draws_progress) {
     const QString file = output("cut.mp4");
-    const Result result = cut({"--from", "2024-03-07T14:00:01", "--to", "2024-03-07T14:00:05", "-o", file});
+    const CliResult result = cut({"--from", "2024-03-07T14:00:01", "--to", "2024-03-07T14:00:05", "-o", file});
     ASSERT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.out, file.toStdString() + "\n");
     EXPECT_THAT(result.err, HasSubstr("] 100%"));
@@ -73,7 +66,7 @@ TEST_F(CutCommandTest, stream_copy_over_two_files_prints_the_file_and_draws_prog
 
 TEST_F(CutCommandTest, rear_camera_reencoded_with_a_quarter_turn_and_no_sound) {
     const QString file = output("rear.mkv");
-    const Result result = cut({"--from", "2024-03-07T14:00:02", "--to", "2024-03-07T14:00:04", "-o", file, "--camera",
+    const CliResult result = cut({"--from", "2024-03-07T14:00:02", "--to", "2024-03-07T14:00:04", "-o", file, "--camera",
                                "rear", "--only-video", "--reencode", "--rotation", "270"});
     ASSERT_EQ(result.exitCode, 0) << result.err;
     const auto streams = testsupport::probeStreams(file);
@@ -107,15 +100,15 @@ TEST_F(CutCommandTest, ctrl_c_cancels_and_removes_the_partial_file) {
 }
 
 TEST_F(CutCommandTest, bad_requests_fail_with_the_reason) {
-    const Result order = cut({"--from", "2024-03-07T14:00:05", "--to", "2024-03-07T14:00:01", "-o", output("x.mp4")});
+    const CliResult order = cut({"--from", "2024-03-07T14:00:05", "--to", "2024-03-07T14:00:01", "-o", output("x.mp4")});
     EXPECT_EQ(order.exitCode, 2);
     EXPECT_THAT(order.err, HasSubstr("--from must come before --to"));
-    const Result format = cut({"--from", "07.03.2024 14:00", "--to", "2024-03-07T14:00:01", "-o", output("x.mp4")});
+    const CliResult format = cut({"--from", "07.03.2024 14:00", "--to", "2024-03-07T14:00:01", "-o", output("x.mp4")});
     EXPECT_THAT(format.err, HasSubstr("yyyy-MM-ddTHH:mm:ss"));
-    const Result nothing = cut({"--from", "2024-03-08T14:00:00", "--to", "2024-03-08T14:00:05", "-o", output("x.mp4")});
+    const CliResult nothing = cut({"--from", "2024-03-08T14:00:00", "--to", "2024-03-08T14:00:05", "-o", output("x.mp4")});
     EXPECT_EQ(nothing.exitCode, 1);
     EXPECT_THAT(nothing.err, HasSubstr("Nothing was recorded between"));
-    const Result unwritable = cut({"--from", "2024-03-07T14:00:01", "--to", "2024-03-07T14:00:02", "-o",
+    const CliResult unwritable = cut({"--from", "2024-03-07T14:00:01", "--to", "2024-03-07T14:00:02", "-o",
                                    output("no/such/folder/x.mp4")});
     EXPECT_EQ(unwritable.exitCode, 1);
     EXPECT_THAT(unwritable.err, HasSubstr("Failed to save the cut"));
