@@ -5,7 +5,6 @@
 #include "support/TestSupport.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -17,12 +16,6 @@ using testsupport::CliResult;
 using testsupport::runCli;
 
 namespace {
-
-
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 QDateTime local(int hour, int minute, int second) { return QDateTime(QDate(2024, 3, 7), QTime(hour, minute, second)); }
 QString arg(const QDateTime& time) { return time.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")); }
@@ -54,14 +47,14 @@ TEST_F(ExportCommandsTest, track_of_a_card_interval_spans_both_recordings) {
         runCli({"track", m_card.path(), "--format", "csv", "--from", arg(local(14, 0, 5)), "--to", arg(local(14, 0, 14)), "-o", out("drive.csv")});
     ASSERT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.out, out("drive.csv").toStdString() + "\n");
-    const QList<QByteArray> lines = contents(out("drive.csv")).split('\n');
+    const QList<QByteArray> lines = testsupport::readFile(out("drive.csv")).split('\n');
     EXPECT_EQ(lines.size(), 1 + 10 + 1); // header, 14:00:05 to 14:00:14, the final line end
 }
 
 TEST_F(ExportCommandsTest, track_of_a_video_file_uses_its_own_track) {
     const CliResult result = runCli({"track", card("Normal/2024_0307_140010_F.MP4"), "--format", "gpx", "-o", out("one.gpx")});
     ASSERT_EQ(result.exitCode, 0) << result.err;
-    EXPECT_EQ(contents(out("one.gpx")).count("<trkpt "), 10);
+    EXPECT_EQ(testsupport::readFile(out("one.gpx")).count("<trkpt "), 10);
 }
 
 TEST_F(ExportCommandsTest, track_file_in_every_format_and_the_nmea_copy_loads_back) {
@@ -111,7 +104,7 @@ TEST_F(ExportCommandsTest, copy_takes_the_original_files_of_the_overlapping_reco
     EXPECT_EQ(QDir(target).entryList(QDir::Files),
               (QStringList{"2024_0307_140000_F.MP4", "2024_0307_140000_F.NMEA", "2024_0307_140000_R.MP4"}));
     for (const QString& name : QDir(target).entryList(QDir::Files))
-        EXPECT_EQ(contents(target + "/" + name), contents(card("Normal/" + name))) << name.toStdString();
+        EXPECT_EQ(testsupport::readFile(target + "/" + name), testsupport::readFile(card("Normal/" + name))) << name.toStdString();
 
     // A second copy into the same folder overwrites nothing and says which files are in the way.
     const CliResult again = runCli(arguments);
