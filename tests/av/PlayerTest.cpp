@@ -2,10 +2,10 @@
 #include "av/FrameConverter.h"
 #include "av/Player.h"
 #include "support/EventWait.h"
+#include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
 #include "support/StripeMedia.h"
 
-#include <QFile>
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
@@ -216,23 +216,16 @@ TEST_F(PlayerTest, rejects_unplayable_files_with_a_clear_error) {
     };
     EXPECT_EQ(loadError(dir + "/missing.mp4"), "No such file: " + (dir + "/missing.mp4").toStdString());
 
-    QFile text(dir + "/not-a-video.mp4");
-    ASSERT_TRUE(text.open(QIODevice::WriteOnly));
-    text.write("this is not a video\n");
-    text.close();
-    EXPECT_NE(loadError(text.fileName()).find("avformat_open_input"), std::string::npos);
+    testsupport::writeFile(dir + "/not-a-video.mp4", "this is not a video\n");
+    EXPECT_NE(loadError(dir + "/not-a-video.mp4").find("avformat_open_input"), std::string::npos);
 
     testsupport::writeAudioOnly(dir + "/sound.m4a", 1);
     EXPECT_EQ(loadError(dir + "/sound.m4a"), "No video stream in " + (dir + "/sound.m4a").toStdString());
 
     // The index of a normal MP4 is at its end: a file cut short has none.
-    QFile whole(testsupport::sharedRearVideo());
-    ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
-    QFile cut(dir + "/cut-index.mp4");
-    ASSERT_TRUE(cut.open(QIODevice::WriteOnly));
-    cut.write(whole.read(whole.size() / 2));
-    cut.close();
-    EXPECT_NE(loadError(cut.fileName()).find("avformat_open_input"), std::string::npos);
+    const QByteArray whole = testsupport::readFile(testsupport::sharedRearVideo());
+    testsupport::writeFile(dir + "/cut-index.mp4", whole.left(whole.size() / 2));
+    EXPECT_NE(loadError(dir + "/cut-index.mp4").find("avformat_open_input"), std::string::npos);
 }
 
 TEST_F(PlayerTest, a_file_cut_short_plays_what_it_has_and_then_ends) {
@@ -241,14 +234,10 @@ TEST_F(PlayerTest, a_file_cut_short_plays_what_it_has_and_then_ends) {
     video.fastStart = true;
     video.seconds = 2;
     testsupport::writeStripeVideo(dir + "/faststart.mp4", video);
-    QFile whole(dir + "/faststart.mp4");
-    ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
-    QFile cut(dir + "/cut-tail.mp4");
-    ASSERT_TRUE(cut.open(QIODevice::WriteOnly));
-    cut.write(whole.read(whole.size() * 6 / 10));
-    cut.close();
+    const QByteArray whole = testsupport::readFile(dir + "/faststart.mp4");
+    testsupport::writeFile(dir + "/cut-tail.mp4", whole.left(whole.size() * 6 / 10));
 
-    load(cut.fileName());
+    load(dir + "/cut-tail.mp4");
     QSignalSpy ended(&player, &Player::endOfMedia);
     player.play();
     for (int step = 0; step < 300 && ended.isEmpty(); ++step) {
