@@ -1,6 +1,8 @@
 // The encoding settings dialog: widgets, container switching, path validation, and the record it gives.
 #include "ui/EncodingSettingsDialog.h"
 
+#include "support/RecordingFixtures.h"
+
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QDir>
@@ -105,14 +107,10 @@ TEST_F(EncodingSettingsDialogTest, validation_leaves_no_file_behind_and_keeps_an
     EXPECT_TRUE(dialog.validationMessage().isEmpty());
     EXPECT_FALSE(QFile::exists(path("new.mp4")));
 
-    QFile existing(path("old.mp4"));
-    ASSERT_TRUE(existing.open(QIODevice::WriteOnly));
-    existing.write("keep me");
-    existing.close();
+    testsupport::writeFile(path("old.mp4"), "keep me");
     edit(dialog)->setText(path("old.mp4"));
     EXPECT_TRUE(dialog.validationMessage().isEmpty());
-    ASSERT_TRUE(existing.open(QIODevice::ReadOnly));
-    EXPECT_EQ(existing.readAll(), "keep me");
+    EXPECT_EQ(testsupport::readFile(path("old.mp4")), "keep me");
 }
 
 TEST_F(EncodingSettingsDialogTest, unwritable_folder_is_an_invalid_path) {
