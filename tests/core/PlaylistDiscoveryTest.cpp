@@ -4,6 +4,7 @@
 #include "core/PlaylistLoader.h"
 #include "core/TrackLoader.h"
 #include "logging/Logging.h"
+#include "support/ErrorOf.h"
 #include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
 
@@ -32,14 +33,7 @@ protected:
         discovery.setThreadCount(threads);
         return discovery.fromDirectory(m_dir.path());
     }
-    std::string failureOf() {
-        try {
-            discover();
-        } catch (const std::runtime_error& error) {
-            return error.what();
-        }
-        return "no failure";
-    }
+    std::string failureOf() { return testsupport::errorOf([this] { discover(); }); }
     static QString fileName(const Playlist::RawItemPtr& item) { return item->mainVideo.fileName(); }
 
     QTemporaryDir m_dir;

@@ -1,6 +1,7 @@
 // Track loading: how sentences become fixes, real receiver logs, and bad input.
 #include "core/TrackLoader.h"
 
+#include "support/ErrorOf.h"
 #include "support/NmeaSentences.h"
 #include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
@@ -14,6 +15,7 @@
 #include <gtest/gtest.h>
 
 
+using testsupport::errorOf;
 using testsupport::sentence;
 
 namespace {
@@ -24,15 +26,6 @@ TrackLoader::Result loadText(const std::string& text) {
 
 TrackTime utc(int year, int month, int day, int hour, int minute, int second) {
     return makeTrackTime(QDate(year, month, day), hour, minute, second);
-}
-
-std::string failureOf(const std::function<void()>& load) {
-    try {
-        load();
-    } catch (const std::runtime_error& error) {
-        return error.what();
-    }
-    return "no failure";
 }
 
 const std::string kRmc1 = sentence("GPRMC,120005.90,A,4916.45,N,12311.12,W,10.0,54.7,191124,020.3,E,A");
@@ -184,12 +177,12 @@ TEST(TrackLoaderRealLogs, load_with_plausible_counts) {
 TEST(TrackLoaderBadInput, unreadable_file_and_non_nmea_content_fail_with_their_messages) {
     QTemporaryDir dir;
     const QString missing = dir.filePath("missing.nmea");
-    EXPECT_EQ(failureOf([&] { TrackLoader::load(missing); }),
+    EXPECT_EQ(errorOf([&] { TrackLoader::load(missing); }),
               "Failed to read file: invalid stream ('" + missing.toStdString() + "')");
-    EXPECT_EQ(failureOf([&] { TrackLoader::load(dir.path()); }).rfind("Failed to read file: invalid stream", 0), 0u);
-    EXPECT_EQ(failureOf([] { TrackLoader::load(testsupport::fixturePath("nmea/utf16-encoded.nmea")); }),
+    EXPECT_EQ(errorOf([&] { TrackLoader::load(dir.path()); }).rfind("Failed to read file: invalid stream", 0), 0u);
+    EXPECT_EQ(errorOf([] { TrackLoader::load(testsupport::fixturePath("nmea/utf16-encoded.nmea")); }),
               "Failed to parse as NMEA");
-    EXPECT_EQ(failureOf([&] { loadText(std::string(1 << 20, 'x')); }), "Failed to parse as NMEA");
+    EXPECT_EQ(errorOf([&] { loadText(std::string(1 << 20, 'x')); }), "Failed to parse as NMEA");
 }
 
 TEST(TrackLoaderBadInput, empty_file_gives_no_positions) {

@@ -2,6 +2,7 @@
 #include "ui/MultiAVPlayer.h"
 
 #include "av/FrameConverter.h"
+#include "support/ErrorOf.h"
 #include "support/EventWait.h"
 #include "support/StripeMedia.h"
 #include "support/TestSupport.h"
@@ -14,6 +15,7 @@
 
 #include <cmath>
 
+using testsupport::errorOf;
 using testsupport::waitUntil;
 
 namespace {
@@ -21,15 +23,6 @@ constexpr double kFrameMs = 1000.0 / 30;
 
 int shownFrame(const MultiAVPlayer& cameras, size_t index) {
     return testsupport::readFrameNumber(av::FrameConverter().convert(cameras.player(index)->currentFrame().frame.get()));
-}
-
-std::string errorOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const std::exception& e) {
-        return e.what();
-    }
-    return "no error";
 }
 
 struct MultiAVPlayerTest : testing::Test {
