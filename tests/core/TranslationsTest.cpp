@@ -1,5 +1,6 @@
 // The translation files: every text of the code translated, placeholders kept, and the compiled files loadable.
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QLocale>
 #include <QProcess>
@@ -11,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
 #include <utility>
 #include <vector>
@@ -118,6 +120,77 @@ std::set<std::pair<QString, QString>> keysOf(const TsFile& file) {
     return keys;
 }
 
+
+// The menus of a Designer form: for each menu bar or menu, the texts of its entries (actions and sub-menus).
+struct FormMenus {
+    QString context; // the form's class, the translation context of its texts
+    std::vector<QStringList> menus;
+};
+
+FormMenus readFormMenus(const QString& path) {
+    QFile input(path);
+    EXPECT_TRUE(input.open(QIODevice::ReadOnly)) << path.toStdString();
+    QXmlStreamReader xml(&input);
+    FormMenus form;
+    std::map<QString, QString> texts;             // action or menu name -> its text or title
+    std::map<QString, QStringList> entryNames;    // menu bar or menu name -> names of its entries
+    std::vector<std::pair<QString, QString>> open; // element tag and name, outermost first
+    QString owner; // the menu or action whose text the next <string> is
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (xml.isEndElement()) {
+            open.pop_back();
+            continue;
+        }
+        if (!xml.isStartElement())
+            continue;
+        const QString tag = xml.name().toString();
+        const QString name = xml.attributes().value(QLatin1String("name")).toString();
+        const QString widgetClass = xml.attributes().value(QLatin1String("class")).toString();
+        if (tag == QLatin1String("class") && open.size() == 1) {
+            form.context = xml.readElementText();
+            continue;
+        }
+        if (tag == QLatin1String("widget") && (widgetClass == QLatin1String("QMenu") || widgetClass == QLatin1String("QMenuBar")))
+            entryNames[name];
+        if (tag == QLatin1String("addaction") && !open.empty() && entryNames.count(open.back().second))
+            entryNames[open.back().second] << name;
+        if (tag == QLatin1String("property") && open.size() >= 1 &&
+            ((name == QLatin1String("title") && entryNames.count(open.back().second)) ||
+             (name == QLatin1String("text") && open.back().first == QLatin1String("action"))))
+            owner = open.back().second;
+        if (tag == QLatin1String("string") && !owner.isEmpty()) {
+            texts[owner] = xml.readElementText();
+            owner.clear();
+            continue;
+        }
+        open.emplace_back(tag, name);
+    }
+    for (const auto& [menu, names] : entryNames) {
+        QStringList entries;
+        for (const QString& name : names)
+            if (texts.count(name))
+                entries << texts[name];
+        form.menus.push_back(entries);
+    }
+    return form;
+}
+
+QStringList formFiles() {
+    QStringList files;
+    for (QDirIterator it(QStringLiteral(REELVUE_SOURCE_DIR "/desktop/src"), {QStringLiteral("*.ui")}, QDir::Files,
+                         QDirIterator::Subdirectories);
+         it.hasNext();)
+        files << it.next();
+    return files;
+}
+
+// The character after a single &, lower-cased; empty without one.
+QString acceleratorOf(const QString& text) {
+    static const QRegularExpression pattern(QStringLiteral(R"((?<!&)&([^&\s]))"));
+    return pattern.match(text).captured(1).toLower();
+}
+
 } // namespace
 
 TEST(Translations, russian_polish_and_czech_are_present_and_every_message_is_translated) {
@@ -185,6 +258,33 @@ TEST(Translations, files_hold_exactly_the_texts_of_the_code) {
         for (const auto& key : actual)
             EXPECT_TRUE(expected.count(key)) << file.localeName.toStdString() << " keeps [" << key.first.toStdString()
                                              << "] \"" << key.second.toStdString() << "\" that the code no longer has";
+    }
+}
+
+// Two entries of one menu with the same accelerator letter would make Alt+letter ambiguous.
+TEST(Translations, menu_accelerators_stay_unique_in_every_language) {
+    const std::vector<TsFile> files = translationFiles();
+    for (const QString& formPath : formFiles()) {
+        const FormMenus form = readFormMenus(formPath);
+        for (const QStringList& entries : form.menus) {
+            for (const TsFile& file : files) {
+                std::map<QString, QString> translated;
+                for (const TsMessage& message : file.messages)
+                    if (message.context == form.context && !message.translations.isEmpty())
+                        translated[message.source] = message.translations.first();
+                std::map<QString, QString> taken; // accelerator -> entry
+                for (const QString& entry : entries) {
+                    const QString text = translated.count(entry) ? translated[entry] : entry;
+                    const QString key = acceleratorOf(text);
+                    if (key.isEmpty())
+                        continue;
+                    EXPECT_FALSE(taken.count(key)) << file.localeName.toStdString() << ": \"" << text.toStdString()
+                                                   << "\" and \"" << taken[key].toStdString() << "\" share &"
+                                                   << key.toStdString();
+                    taken[key] = text;
+                }
+            }
+        }
     }
 }
 
