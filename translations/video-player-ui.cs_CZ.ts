@@ -57,7 +57,7 @@
     </message>
     <message>
         <source>Cut to</source>
-        <translation>Uložit úsek jako</translation>
+        <translation>Uložit výřez jako</translation>
     </message>
     <message>
         <source>File path is empty</source>
