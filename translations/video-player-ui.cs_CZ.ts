@@ -172,7 +172,7 @@
     </message>
     <message>
         <source>Duration</source>
-        <translation>Trvání</translation>
+        <translation>Délka</translation>
     </message>
     <message>
         <source>Distance</source>
