@@ -1,16 +1,28 @@
 // The playback controller on real items of generated one-second stripe files: file changes, seeks, speed,
-// restart, cycle play and the rear camera's widget.
+// restart, cycle play, the rear camera's widget, capture, and the plots and the map page it drives.
 #include "ui/PlaybackController.h"
 
 #include "av/FrameConverter.h"
 #include "av/VideoWidget.h"
+#include "core/ApplicationOptions.h"
+#include "core/Startup.h"
+#include "support/MouseEvents.h"
 #include "support/StripeMedia.h"
 #include "support/TestSupport.h"
+#include "ui/MapWidgetAdapter.h"
+#include "ui/MapWidgetSharedState.h"
 #include "ui/NearestTrackTime.h"
+#include "ui/TrackPlot.h"
 #include "ui/VideoProgressSlider.h"
 
+#include <QDir>
 #include <QLabel>
+#include <QRegularExpression>
 #include <QSignalSpy>
+#include <QTest>
+#include <QWebEngineView>
+
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -59,6 +71,19 @@ TrackPosition fix(QDateTime time, double longitude, double latitude) {
     position.longitude = longitude;
     position.latitude = latitude;
     return position;
+}
+
+// The first item with a track of a fix a second over the three files, heading east 0.001 degrees a second
+// at 10 km/h more each second.
+Playlist::RawItems withTrack(Playlist::RawItems items) {
+    auto first = std::make_shared<Playlist::RawItem>(*items[0]);
+    first->track = Playlist::Track{};
+    for (int s = 0; s <= 3; ++s) {
+        first->track->positions.push_back(fix(kStart.addSecs(s), 10.0 + s * 0.001, 50.0));
+        first->track->positions.back().speed = 10.0 * s;
+    }
+    items[0] = first;
+    return items;
 }
 
 int frameNumber(const MultiAVPlayer* player, size_t camera = 0) {
@@ -271,4 +296,133 @@ TEST_F(PlaybackControllerTest, capture_without_a_player_is_a_logic_error) {
     start(threeFiles());
     controller->stop();
     EXPECT_THROW(controller->capture({}), std::logic_error);
+}
+
+TEST_F(PlaybackControllerTest, reports_opening_until_the_file_to_show_plays) {
+    start(threeFiles(false, 1));
+    QSignalSpy opening(controller.get(), &PlaybackController::openingChanged);
+    EXPECT_TRUE(controller->isOpening());
+    ASSERT_TRUE(waitUntil([&] { return controller->currentPlayer() != nullptr; }));
+    EXPECT_FALSE(controller->isOpening());
+    controller->togglePause();
+    ASSERT_TRUE(waitUntil([&] { return controller->isPaused(); }));
+
+    controller->seekTo(kStart.addMSecs(4500));  // into the third file
+    EXPECT_TRUE(waitUntil([&] { return shown() == 75; }));
+    std::vector<bool> reported;
+    for (const QList<QVariant>& signal : opening)
+        reported.push_back(signal.at(0).toBool());
+    EXPECT_EQ(reported, (std::vector<bool>{false, true, false}));
+}
+
+TEST_F(PlaybackControllerTest, plots_show_the_track_follow_the_time_and_seek_on_a_click) {
+    TrackPlot plot(PlotType::Speed);
+    plot.resize(600, 130);
+    plot.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&plot));
+    start(withTrack(threeFiles()));
+    controller->setPlots({{PlotType::Speed, &plot}});
+    EXPECT_EQ(plot.shownTrack(), &controller->track());
+    EXPECT_EQ(plot.from(), kStart);
+    EXPECT_EQ(plot.to(), kStart.addSecs(3));
+    EXPECT_EQ(plot.runCount(), 1);
+    pauseOnFirstFrame();
+
+    // The middle of picture 75 (2.500 to 2.533 s): paused, its time is shown too.
+    const QPointF point(plot.canvasXOf(kStart.addMSecs(2516)), plot.canvas()->height() / 2.0);
+    testsupport::sendMouse(plot.canvas(), QEvent::MouseButtonPress, point);
+    testsupport::sendMouse(plot.canvas(), QEvent::MouseButtonRelease, point);
+    EXPECT_TRUE(waitUntil([&] { return shown() == 75; }));
+    EXPECT_TRUE(waitUntil([&] {
+        return controller->currentTime() >= kStart.addMSecs(2490) && plot.currentTime() == controller->currentTime();
+    }));
+
+    // A successor that took the plot keeps it; the last owner going clears it.
+    auto successor = std::make_unique<PlaybackController>(withTrack(threeFiles()), kStart, kStart.addSecs(3),
+                                                          PlaybackViews{}, false);
+    successor->setPlots({{PlotType::Speed, &plot}});
+    controller.reset();
+    EXPECT_EQ(plot.shownTrack(), &successor->track());
+    successor.reset();
+    EXPECT_EQ(plot.shownTrack(), nullptr);
+}
+
+TEST_F(PlaybackControllerTest, a_zoom_on_one_plot_zooms_the_others) {
+    auto speed = std::make_unique<TrackPlot>(PlotType::Speed);
+    TrackPlot altitude(PlotType::Altitude);
+    speed->resize(600, 130);
+    speed->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(speed.get()));
+    start(threeFiles(false, 30));  // 63 s
+    controller->setPlots({{PlotType::Speed, speed.get()}, {PlotType::Altitude, &altitude}});
+    const QPointF middle(speed->canvas()->width() / 2.0, 20);
+    testsupport::sendWheel(speed->canvas(), middle, 2);
+    EXPECT_LT(altitude.visibleRange().first.msecsTo(altitude.visibleRange().second), 63'000);
+    EXPECT_EQ(altitude.visibleRange(), speed->visibleRange());
+
+    speed.reset();  // a plot that is gone is skipped
+    altitude.show();
+    testsupport::sendWheel(altitude.canvas(), middle, -5);
+    EXPECT_EQ(altitude.visibleRange(), std::make_pair(kStart, kStart.addSecs(63)));
+}
+
+TEST_F(PlaybackControllerTest, the_status_shows_the_frame_rate_when_asked) {
+    struct RestoreOptions {
+        ~RestoreOptions() { applicationOptions().showFps = false; }
+    } restore;
+    applicationOptions().showFps = true;
+    start(threeFiles());
+    const QRegularExpression withFps(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d \\d+\\.\\d$"));
+    EXPECT_TRUE(waitUntil([&] { return withFps.match(status.text()).hasMatch(); })) << status.text().toStdString();
+}
+
+TEST_F(PlaybackControllerTest, capture_delivers_the_pictures_of_the_cameras_side_by_side) {
+    start(threeFiles(true));
+    pauseOnFirstFrame();
+    ASSERT_EQ(controller->currentPlayer()->playerCount(), 2u);
+    QSignalSpy captured(controller.get(), &PlaybackController::imageCaptured);
+    controller->capture({});
+    ASSERT_TRUE(waitUntil([&] { return captured.count() == 1; }));
+    const QImage both = captured[0][0].value<QImage>();
+    EXPECT_FALSE(both.isNull());
+    EXPECT_EQ(both.size(), QSize(320 + 256, 180));
+
+    controller->capture({1});
+    ASSERT_TRUE(waitUntil([&] { return captured.count() == 2; }));
+    EXPECT_EQ(captured[1][0].value<QImage>().size(), QSize(256, 144));
+}
+
+TEST_F(PlaybackControllerTest, the_map_page_receives_the_positions_of_play_and_seeks) {
+    // Chromium refuses its sandbox as root and has no GPU under Xvfb.
+    if (geteuid() == 0 && qEnvironmentVariableIsEmpty("QTWEBENGINE_DISABLE_SANDBOX"))
+        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    if (qEnvironmentVariableIsEmpty("QTWEBENGINE_CHROMIUM_FLAGS"))
+        qputenv("QTWEBENGINE_CHROMIUM_FLAGS", "--disable-gpu");
+    provideWebChannelScript(QDir(QStringLiteral(REELVUE_RUN_DIR)));
+    QWebEngineView view;
+    view.resize(600, 400);
+    view.show();
+    MapWidgetAdapter map(&view, QUrl::fromLocalFile(QStringLiteral(REELVUE_RUN_DIR "/map/dist/index.html")));
+    QSignalSpy ready(&map, &MapWidgetAdapter::ready);
+    ASSERT_TRUE(ready.wait(60000)) << "the map page never connected";
+    QSignalSpy positions(map.sharedState(), &MapWidgetSharedState::positionChanged);
+
+    auto items = withTrack(threeFiles());
+    controller = std::make_unique<PlaybackController>(items, kStart, items.back()->to,
+                                                      PlaybackViews{&map, &status, &slider, &front, &rear}, false);
+    const double start = kStart.toSecsSinceEpoch();
+    ASSERT_TRUE(waitUntil([&] { return !positions.isEmpty() && positions.last().at(0).toDouble() > start + 1; }, 8000));
+    // Between fixes the vehicle is interpolated along the track: 0.001 degrees a second.
+    for (const QList<QVariant>& position : positions) {
+        const double t = position.at(0).toDouble();
+        EXPECT_NEAR(position.at(1).toDouble(), 10.0 + (t - start) * 0.001, 1e-9) << t - start;
+        EXPECT_DOUBLE_EQ(position.at(2).toDouble(), 50.0);
+    }
+
+    controller->togglePause();
+    positions.clear();
+    controller->seekTo(kStart.addMSecs(500));
+    ASSERT_TRUE(waitUntil([&] { return !positions.isEmpty() && positions.last().at(4).toBool(); }));
+    EXPECT_NEAR(positions.last().at(0).toDouble(), start + 0.5, 0.05);
+    controller.reset();  // before the map it borrows
 }

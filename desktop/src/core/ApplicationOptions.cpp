@@ -53,6 +53,9 @@ void readApplicationOptions(const QCommandLineParser& parser, ApplicationOptions
     options.vdopPlot = parser.isSet(OptionNames::vdopPlot);
     options.updaterUrl = parser.value(OptionNames::updaterUrl);
     options.logLevel = parser.value(OptionNames::logLevel);
+    // A file manager's "Open with" passes one path; of several, the last wins as with a drop.
+    if (!parser.positionalArguments().isEmpty())
+        options.openPath = parser.positionalArguments().constLast();
 }
 
 void parseCommandLine(const QCoreApplication& app, ApplicationOptions& options) {

@@ -15,6 +15,7 @@ struct ApplicationOptions {
     QString updaterUrl = defaultUpdaterUrl();
     QString logLevel = QStringLiteral("info");
     bool forceUpdate = false;
+    QString openPath; // the card, folder or video named on the command line, if any
 
     // The update server's version description; the host is a build setting.
     static QString defaultUpdaterUrl();

@@ -35,6 +35,11 @@ void forEachPositionIn(const Playlist::RawItems& items, const QDateTime& from, c
     }
 }
 
+// Numbers with units, aligned to the right so that their digits line up.
+bool isFigure(PlaylistItemModel::Column column) {
+    return column == PlaylistItemModel::DistanceColumn || column == PlaylistItemModel::TopSpeedColumn;
+}
+
 QString durationText(std::int64_t seconds) {
     seconds = std::max<std::int64_t>(0, seconds);
     const QString minutesAndSeconds =
@@ -122,8 +127,7 @@ QVariant PlaylistItemModel::data(const QModelIndex& index, int role) const {
             return index.column() == 0 ? QLocale().toString(row.date, QStringLiteral("dddd, d MMMM yyyy")) : QString();
         return cellText(m_summaries[row.itemIndex], m_columns[index.column()]);
     case Qt::TextAlignmentRole:
-        if (row.itemIndex >= 0 && (m_columns[index.column()] == DistanceColumn ||
-                                   m_columns[index.column()] == TopSpeedColumn))
+        if (row.itemIndex >= 0 && isFigure(m_columns[index.column()]))
             return int(Qt::AlignRight | Qt::AlignVCenter);
         return {};
     default: return {};
@@ -145,9 +149,11 @@ QString PlaylistItemModel::cellText(const Summary& summary, Column column) const
 }
 
 QVariant PlaylistItemModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 || section >= columnCount())
+    if (orientation != Qt::Horizontal || section < 0 || section >= columnCount())
         return {};
-    return columnTitle(m_columns[section]);
+    if (role == Qt::TextAlignmentRole && isFigure(m_columns[section]))
+        return int(Qt::AlignRight | Qt::AlignVCenter); // above their right-aligned figures
+    return role == Qt::DisplayRole ? QVariant(columnTitle(m_columns[section])) : QVariant();
 }
 
 QString PlaylistItemModel::columnTitle(Column column) const {

@@ -3,9 +3,11 @@
 #include "core/Startup.h"
 #include "logging/Logging.h"
 #include "ui/AppUpdater.h"
+#include "ui/Icons.h"
 #include "ui/MainWindow.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QLocale>
 #include <QTranslator>
 #include <QWebChannel>
@@ -39,6 +41,8 @@ int main(int argc, char** argv) {
     QCoreApplication::setOrganizationName(kOrganizationName);
     QCoreApplication::setApplicationName(kApplicationName);
     QCoreApplication::setApplicationVersion(kApplicationVersion);
+    QApplication::setWindowIcon(reelvueIcon(QStringLiteral("reelvue")));
+    QGuiApplication::setDesktopFileName(QStringLiteral("reelvue")); // ties the windows to reelvue.desktop
 
     // The resources' place is known only once the application object can tell where the executable is.
     const QDir resources = resourceDirectory();
@@ -49,6 +53,7 @@ int main(int argc, char** argv) {
     ApplicationOptions& options = applicationOptions();
     parseCommandLine(*app, options);
     applyLogLevel(options.logLevel);
+    LOG_INFO(kLogger, "Resources in {}", resources.absolutePath().toStdString());
 
     const QString localeName = chooseLocaleName();
     LOG_INFO(kLogger, "Changing locale to '{}'", localeName.toStdString());
@@ -59,7 +64,13 @@ int main(int argc, char** argv) {
     QCoreApplication::installTranslator(translator.get());
 
     auto window = std::make_unique<MainWindow>();
+    window->setStartupTranslator(translator.get());
     window->show();
+    if (!options.openPath.isEmpty()) {
+        const QFileInfo path(options.openPath);
+        QMetaObject::invokeMethod(window.get(), path.isDir() ? "loadDirectory" : "loadFile", Qt::QueuedConnection,
+                                  Q_ARG(QString, path.absoluteFilePath()));
+    }
     AppUpdater::instance().checkForUpdate();
 
     const int exitCode = app->exec();

@@ -6,6 +6,7 @@
 #include "logging/Logging.h"
 #include "ui/MapWidgetAdapter.h"
 #include "ui/NearestTrackTime.h"
+#include "ui/TrackPlot.h"
 #include "ui/VideoLoader.h"
 #include "ui/VideoProgressSlider.h"
 
@@ -18,6 +19,9 @@
 namespace {
 constexpr const char* kLogger = "ui.PlaybackController";
 constexpr int kNotifyIntervalMs = 40;
+// The longest frame of a camera file (25 fps). A seek between two frames shows the earlier one; counting it as
+// stale would leave a paused picture's time unreported.
+constexpr qint64 kFrameToleranceMs = 40;
 constexpr double kMinSpeed = 0.125;
 constexpr double kMaxSpeed = 8.0;
 // Within this much of its start, "previous" leaves the item instead of restarting it.
@@ -67,6 +71,9 @@ PlaybackController::PlaybackController(Playlist::RawItems items, QDateTime from,
 }
 
 PlaybackController::~PlaybackController() {
+    for (const auto& entry : m_plots)
+        if (entry.second && entry.second->shownTrack() == &m_track)  // not yet handed to our successor
+            entry.second->clearTrack();
     dropPlayers();
     m_workerThread.quit();
     m_workerThread.wait();
@@ -125,6 +132,15 @@ void PlaybackController::preload(size_t index) {
     m_loader = loader;
     m_loadingHandler = handler;
     QMetaObject::invokeMethod(loader, "run", Qt::QueuedConnection);
+    updateOpening();
+}
+
+void PlaybackController::updateOpening() {
+    const bool opening = !m_currentPlayer && m_loader;
+    if (opening == m_opening)
+        return;
+    m_opening = opening;
+    emit openingChanged(opening);
 }
 
 void PlaybackController::onNextVideoLoaded() {
@@ -158,6 +174,7 @@ void PlaybackController::playCurrentVideo() {
         releasePlayer(m_currentPlayer);
         if (!m_nextPlayer || m_nextIndex != m_current)
             preload(m_current);
+        updateOpening();
         return;
     }
     const Video& video = m_videos[m_current];
@@ -204,6 +221,7 @@ void PlaybackController::playCurrentVideo() {
         dropNextPlayer();
     else
         preload(m_current + 1);
+    updateOpening();
 }
 
 void PlaybackController::onVideoPositionChanged(qint64) {
@@ -218,7 +236,8 @@ void PlaybackController::onVideoPositionChanged(qint64) {
         return;
     m_lastPosition = position;
     if (m_pendingSeek) {
-        if (position < m_pendingSeekMs)
+        // The picture shown for a target between two frames starts before it: within a frame it is the one.
+        if (position <= m_pendingSeekMs - kFrameToleranceMs)
             return;  // a picture from before the target
         m_pendingSeek = false;
     }
@@ -254,7 +273,36 @@ void PlaybackController::updatePosition(const QDateTime& time) {
     Interval cycle;
     if (outsideCycleInterval(time, &cycle))
         seekTo(cycle.first);
+    showTimeOnPlots(time);
     emit positionUpdated(time);
+}
+
+void PlaybackController::showTimeOnPlots(const QDateTime& time) {
+    for (const auto& entry : m_plots)
+        if (entry.second)
+            entry.second->setCurrentTime(time);
+}
+
+void PlaybackController::setPlots(std::map<PlotType, TrackPlot*> plots) {
+    for (const auto& entry : m_plots)
+        if (entry.second)
+            disconnect(entry.second, nullptr, this, nullptr);
+    m_plots.clear();
+    for (const auto& entry : plots) {
+        TrackPlot* plot = entry.second;
+        if (!plot)
+            continue;
+        m_plots[entry.first] = plot;
+        plot->setTrack(m_track, m_from, m_to);
+        plot->setCurrentTime(m_currentTime);
+        connect(plot, &TrackPlot::clicked, this, qOverload<double>(&PlaybackController::seekTo));
+        // The plots stand one above the other: a zoom on one zooms them all.
+        connect(plot, &TrackPlot::visibleRangeChanged, this, [this, plot](const QDateTime& from, const QDateTime& to) {
+            for (const auto& other : m_plots)
+                if (other.second && other.second != plot)
+                    other.second->setVisibleRange(from, to);
+        });
+    }
 }
 
 bool PlaybackController::outsideCycleInterval(const QDateTime& time, Interval* interval) const {
@@ -351,6 +399,7 @@ void PlaybackController::togglePause() {
     }
     if (m_loader) {
         dropNextPlayer();
+        updateOpening();
         return;
     }
     // After the end: play the item again from its start.
@@ -438,6 +487,7 @@ void PlaybackController::onCyclePlayIntervalChanged() {
         if (m_views.slider)
             m_views.slider->setTime(cycle.first);
         seekTo(cycle.first);
+        showTimeOnPlots(cycle.first);
         emit positionUpdated(cycle.first);
         return;
     }
@@ -454,6 +504,7 @@ void PlaybackController::stop() {
         return;
     }
     dropPlayers();
+    updateOpening();
     updatePosition(m_to);
     m_paused = true;
     emit stopped();

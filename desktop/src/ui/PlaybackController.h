@@ -3,6 +3,7 @@
 
 #include "core/Playlist.h"
 #include "ui/MultiAVPlayer.h"
+#include "ui/PlotType.h"
 
 #include <QDateTime>
 #include <QObject>
@@ -11,6 +12,7 @@
 
 #include <functional>
 #include <future>
+#include <map>
 #include <memory>
 #include <set>
 #include <utility>
@@ -18,6 +20,7 @@
 
 class MapWidgetAdapter;
 class QLabel;
+class TrackPlot;
 class VideoLoader;
 class VideoLoadingHandler;
 class VideoProgressSlider;
@@ -66,6 +69,14 @@ public:
     bool isCyclePlayActive() const { return m_cyclePlay; }
     // The player on screen, null when nothing plays.
     MultiAVPlayer* currentPlayer() const { return m_currentPlayer.get(); }
+    // True while the file to be shown is being opened with nothing of it on screen (see openingChanged).
+    bool isOpening() const { return m_opening; }
+
+    // The plots to drive (borrowed; any may be destroyed first): each gets the item's track and range and
+    // the current time, a click on it seeks, and a zoom on it zooms the others. A plot given before and
+    // missing now is left alone.
+    // The destructor clears the tracks of the plots that still show this controller's track.
+    void setPlots(std::map<PlotType, TrackPlot*> plots);
 
     void togglePause();
     void slowDown();
@@ -88,6 +99,10 @@ signals:
     void positionUpdated(const QDateTime& time);
     // Another player took the screen (null: none).
     void playerChanged(MultiAVPlayer* player);
+    // True while the file that must be shown next is being opened and nothing of it is on screen (the
+    // first file, a file after one that could not keep up, a seek into another file); false once it plays.
+    // It starts true during construction: read isOpening() after connecting.
+    void openingChanged(bool opening);
 
 public slots:
     void onCyclePlayIntervalChanged();
@@ -122,6 +137,8 @@ private:
     bool outsideCycleInterval(const QDateTime& time, Interval* interval = nullptr) const;
     void resume();
     static PlayerPtr makePlayer(size_t cameras);
+    void updateOpening();
+    void showTimeOnPlots(const QDateTime& time);
 
     PlaybackViews m_views;
     QThread m_workerThread;
@@ -152,4 +169,6 @@ private:
     bool m_showDate = false;
     QDateTime m_currentTime;
     QString m_statusText;
+    std::map<PlotType, QPointer<TrackPlot>> m_plots;
+    bool m_opening = false;
 };

@@ -39,12 +39,3 @@ std::string ffmpegErrorText(int error) {
 }
 
 } // namespace encoding
-
-#include "core/encoding/CutNaming.h"
-
-#include <QDir>
-
-QString encoding::trackFileBeside(const QString& videoPath) {
-    const QFileInfo video(videoPath);
-    return video.dir().filePath(video.completeBaseName() + QStringLiteral(".nmea"));
-}

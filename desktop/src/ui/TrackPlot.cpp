@@ -1,0 +1,605 @@
+// The track plot: a gapped, decimated curve over a local-time axis with a current-time marker.
+#include "ui/TrackPlot.h"
+
+#include "logging/Logging.h"
+
+#include <QEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QWheelEvent>
+
+#include <qwt_date.h>
+#include <qwt_date_scale_draw.h>
+#include <qwt_date_scale_engine.h>
+#include <qwt_painter.h>
+#include <qwt_plot_canvas.h>
+#include <qwt_plot_curve.h>
+#include <qwt_plot_grid.h>
+#include <qwt_plot_layout.h>
+#include <qwt_plot_marker.h>
+#include <qwt_plot_picker.h>
+#include <qwt_plot_textlabel.h>
+#include <qwt_scale_widget.h>
+#include <qwt_series_data.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+
+namespace {
+constexpr const char* kLogger = "ui.PlotController";  // the track plots log as one
+// Fixes come once a second; a hole longer than this is missing data, not a straight line.
+constexpr double kMaxHoleMs = 10'000;
+// The closest zoom: below this the axis shows too few fixes to be worth reading.
+constexpr double kMinVisibleMs = 20'000;
+// One wheel notch zooms by this factor, as in map viewers.
+constexpr double kZoomPerNotch = 0.8;
+// Share of the value range left free above (and for altitude below) the line.
+constexpr double kYMargin = 0.08;
+// Room for "00000" at the left axis, so that stacked plots put the same time at the same x.
+constexpr const char* kWidestLabel = "00000";
+// The widest label of the time axis (milliseconds are never reached: the closest zoom is 20 s).
+constexpr const char* kWidestTimeLabel = "00:00:00";
+
+std::optional<double> valueOf(const TrackPosition& position, PlotType type) {
+    switch (type) {
+    case PlotType::Speed:
+        return position.speed;
+    case PlotType::Altitude:
+        return position.altitude;
+    case PlotType::Satellites:
+        return position.satellites ? std::optional<double>(*position.satellites) : std::nullopt;
+    case PlotType::Hdop:
+        return position.hdop;
+    case PlotType::Pdop:
+        return position.pdop;
+    case PlotType::Vdop:
+        return position.vdop;
+    case PlotType::Empty:
+        break;
+    }
+    return std::nullopt;
+}
+
+double msOf(TrackTime time) {
+    return static_cast<double>(time) / (kTrackTicksPerSecond / 1000);
+}
+
+QColor colourOf(PlotType type) {
+    switch (type) {
+    case PlotType::Speed:
+        return QColor(0, 92, 197);
+    case PlotType::Altitude:
+        return QColor(46, 125, 50);
+    case PlotType::Satellites:
+        return QColor(123, 31, 162);
+    case PlotType::Hdop:
+    case PlotType::Pdop:
+    case PlotType::Vdop:
+        return QColor(230, 81, 0);
+    case PlotType::Empty:
+        break;
+    }
+    return Qt::darkGray;
+}
+
+// The readout under the pointer takes the fix at most this far away; nearer a gap it shows the time alone.
+constexpr double kReadoutReachMs = 1500;
+
+int decimalsOf(PlotType type) {
+    return type == PlotType::Hdop || type == PlotType::Pdop || type == PlotType::Vdop ? 1 : 0;
+}
+
+// Counts and precisions start at zero; altitude takes whatever range it has.
+bool scaleIncludesZero(PlotType type) {
+    return type != PlotType::Altitude;
+}
+} // namespace
+
+namespace detail {
+
+// A curve drawn as runs of points, with nothing between the runs. Drawing keeps of each pixel column only
+// its first, lowest, highest and last point: a day of fixes costs no more than the canvas is wide, and looks
+// the same. The reduced lines are kept until the scales or the canvas change, so moving the marker only
+// paints them again.
+class RunCurve : public QwtPlotCurve {
+public:
+    RunCurve() {
+        setRenderHint(QwtPlotItem::RenderAntialiased, true);
+        setItemAttribute(QwtPlotItem::Legend, false);
+    }
+
+    // `runStarts` are the indices of `points` (in time order) where a new piece of line begins.
+    void setRuns(const QVector<QPointF>& points, std::vector<int> runStarts) {
+        m_points = points;
+        m_runStarts = std::move(runStarts);
+        m_cacheKey.reset();
+        setSamples(points);
+    }
+    int runCount() const { return static_cast<int>(m_runStarts.size()); }
+
+    // The point nearest in time to x, if one lies within reach.
+    std::optional<QPointF> nearest(double x, double reach) const {
+        const auto byX = [](const QPointF& point, double value) { return point.x() < value; };
+        const auto after = std::lower_bound(m_points.begin(), m_points.end(), x, byX);
+        std::optional<QPointF> best;
+        if (after != m_points.end())
+            best = *after;
+        if (after != m_points.begin() && (!best || x - (after - 1)->x() < best->x() - x))
+            best = *(after - 1);
+        if (best && std::abs(best->x() - x) > reach)
+            best.reset();
+        return best;
+    }
+
+protected:
+    void drawSeries(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap, const QRectF&, int,
+                    int) const override {
+        if (m_points.isEmpty())
+            return;
+        const std::array<double, 8> key{xMap.s1(), xMap.s2(), xMap.p1(), xMap.p2(),
+                                        yMap.s1(), yMap.s2(), yMap.p1(), yMap.p2()};
+        if (m_cacheKey != key) {
+            rebuild(xMap, yMap);
+            m_cacheKey = key;
+        }
+        if (m_dense) {
+            // More than a point a pixel: smoothing shows nothing there and costs ten times the drawing.
+            painter->setRenderHint(QPainter::Antialiasing, false);
+            QPen thin = pen();
+            thin.setWidth(1);
+            painter->setPen(thin);
+        } else {
+            painter->setPen(pen());
+        }
+        for (const QPolygonF& line : m_lines)
+            QwtPainter::drawPolyline(painter, line);
+        if (!m_dots.isEmpty()) {
+            // A lone fix between gaps: a dot a little wider than the line.
+            QPen dotPen = pen();
+            dotPen.setWidthF(std::max(3.0, pen().widthF() * 2.5));
+            dotPen.setCapStyle(Qt::RoundCap);
+            painter->setPen(dotPen);
+            painter->drawPoints(m_dots);
+        }
+    }
+
+private:
+    void rebuild(const QwtScaleMap& xMap, const QwtScaleMap& yMap) const {
+        m_lines.clear();
+        m_dots.clear();
+        const QPointF* points = m_points.constData();
+        const int count = m_points.size();
+        const double xLow = std::min(xMap.s1(), xMap.s2());
+        const double xHigh = std::max(xMap.s1(), xMap.s2());
+        // One fix beyond each edge, so that the line leaves the canvas instead of ending short of it.
+        const auto byX = [](const QPointF& point, double x) { return point.x() < x; };
+        const int first = std::max(0, static_cast<int>(std::lower_bound(points, points + count, xLow, byX) - points) - 1);
+        const auto xBefore = [](double x, const QPointF& point) { return x < point.x(); };
+        const int last = std::min(count - 1, static_cast<int>(std::upper_bound(points, points + count, xHigh, xBefore) - points));
+        for (size_t run = 0; run < m_runStarts.size(); ++run) {
+            const int runBegin = m_runStarts[run];
+            const int runEnd = (run + 1 < m_runStarts.size() ? m_runStarts[run + 1] : count) - 1;
+            const int begin = std::max(runBegin, first);
+            const int end = std::min(runEnd, last);
+            if (begin > end)
+                continue;
+            if (runBegin == runEnd)
+                m_dots << QPointF(xMap.transform(points[begin].x()), yMap.transform(points[begin].y()));
+            else
+                m_lines.push_back(reduce(points, begin, end, xMap, yMap));
+        }
+        int reduced = m_dots.size();
+        for (const QPolygonF& line : m_lines)
+            reduced += line.size();
+        m_dense = reduced > std::abs(xMap.p2() - xMap.p1());
+    }
+
+    static QPolygonF reduce(const QPointF* points, int begin, int end, const QwtScaleMap& xMap, const QwtScaleMap& yMap) {
+        QPolygonF line;
+        const auto add = [&](int index) {
+            line << QPointF(xMap.transform(points[index].x()), yMap.transform(points[index].y()));
+        };
+        int i = begin;
+        double column = std::floor(xMap.transform(points[i].x()));
+        while (i <= end) {
+            int firstI = i, lowI = i, highI = i, lastI = i;
+            double nextColumn = column;
+            for (++i; i <= end; ++i) {
+                nextColumn = std::floor(xMap.transform(points[i].x()));
+                if (nextColumn != column)
+                    break;
+                lastI = i;
+                if (points[i].y() < points[lowI].y())
+                    lowI = i;
+                if (points[i].y() > points[highI].y())
+                    highI = i;
+            }
+            int picked[] = {firstI, std::min(lowI, highI), std::max(lowI, highI), lastI};
+            int previous = -1;
+            for (int index : picked)
+                if (index != previous) {
+                    add(index);
+                    previous = index;
+                }
+            column = nextColumn;
+        }
+        return line;
+    }
+
+    QVector<QPointF> m_points;
+    std::vector<int> m_runStarts;
+    mutable std::optional<std::array<double, 8>> m_cacheKey;
+    mutable std::vector<QPolygonF> m_lines;
+    mutable QPolygonF m_dots;
+    mutable bool m_dense = false;
+};
+
+// Shows the time and the value under the pointer, in a small box that follows it.
+class ValueReadout : public QwtPlotPicker {
+public:
+    explicit ValueReadout(TrackPlot* plot)
+        : QwtPlotPicker(QwtPlot::xBottom, QwtPlot::yLeft, QwtPicker::NoRubberBand, QwtPicker::AlwaysOn, plot->canvas()),
+          m_plot(plot) {}
+
+protected:
+    QwtText trackerTextF(const QPointF& position) const override {
+        QwtText text(m_plot->readoutAt(position.x()));
+        text.setBackgroundBrush(QColor(255, 255, 255, 220));
+        text.setColor(QColor(60, 60, 60));
+        return text;
+    }
+
+private:
+    TrackPlot* m_plot;
+};
+
+} // namespace detail
+
+TrackPlot::TrackPlot(PlotType type, QWidget* parent)
+    : QwtPlot(parent), m_type(type), m_curve(new detail::RunCurve), m_marker(new QwtPlotMarker), m_grid(new QwtPlotGrid),
+      m_noData(new QwtPlotTextLabel) {
+    setAutoReplot(false);
+    setContentsMargins(0, 2, 8, 0);
+    auto* canvas = new QwtPlotCanvas(this);
+    canvas->setFrameStyle(QFrame::Box | QFrame::Plain);
+    canvas->setLineWidth(1);
+    QPalette framePalette = canvas->palette();
+    framePalette.setColor(QPalette::WindowText, QColor(160, 160, 160));
+    canvas->setPalette(framePalette);
+    setCanvas(canvas);
+    canvas->installEventFilter(this);
+    setCanvasBackground(Qt::white);
+    plotLayout()->setCanvasMargin(0);
+    // The time range spans the canvas exactly: a click maps to the same time whatever the labels need.
+    plotLayout()->setAlignCanvasToScales(true);
+    plotLayout()->setSpacing(2);
+
+    QFont axisFont = font();
+    axisFont.setPointSizeF(std::max(7.0, axisFont.pointSizeF() - 1));
+    for (int axis : {QwtPlot::xBottom, QwtPlot::yLeft}) {
+        setAxisFont(axis, axisFont);
+        axisWidget(axis)->setMargin(0);
+        axisWidget(axis)->setSpacing(1);
+        axisScaleDraw(axis)->setTickLength(QwtScaleDiv::MajorTick, 4);
+        axisScaleDraw(axis)->setTickLength(QwtScaleDiv::MediumTick, 3);
+        axisScaleDraw(axis)->setTickLength(QwtScaleDiv::MinorTick, 2);
+    }
+
+    auto* timeDraw = new QwtDateScaleDraw(Qt::LocalTime);
+    timeDraw->setDateFormat(QwtDate::Millisecond, QStringLiteral("hh:mm:ss.zzz"));
+    timeDraw->setDateFormat(QwtDate::Second, QStringLiteral("hh:mm:ss"));
+    timeDraw->setDateFormat(QwtDate::Minute, QStringLiteral("hh:mm"));
+    timeDraw->setDateFormat(QwtDate::Hour, QStringLiteral("hh:mm"));
+    timeDraw->setDateFormat(QwtDate::Day, QStringLiteral("dd.MM"));
+    timeDraw->setDateFormat(QwtDate::Week, QStringLiteral("dd.MM"));
+    timeDraw->setDateFormat(QwtDate::Month, QStringLiteral("MM.yyyy"));
+    timeDraw->setDateFormat(QwtDate::Year, QStringLiteral("yyyy"));
+    setAxisScaleDraw(QwtPlot::xBottom, timeDraw);
+    setAxisScaleEngine(QwtPlot::xBottom, new QwtDateScaleEngine(Qt::LocalTime));
+    setAxisMaxMinor(QwtPlot::xBottom, 5);
+    // Room for half the widest time label at both ends, always: otherwise the canvas changes its width with
+    // the labels, and stacked plots show the same time at different x.
+    const int halfLabel = QFontMetrics(axisFont).horizontalAdvance(QLatin1String(kWidestTimeLabel)) / 2 + 2;
+    axisWidget(QwtPlot::xBottom)->setMinBorderDist(halfLabel, halfLabel);
+    axisScaleDraw(QwtPlot::yLeft)
+        ->setMinimumExtent(QFontMetrics(axisFont).horizontalAdvance(QLatin1String(kWidestLabel)) + 6);
+    setAxisMaxMajor(QwtPlot::yLeft, 4);
+    setAxisMaxMinor(QwtPlot::yLeft, 2);
+    if (scaleIncludesZero(m_type)) {
+        axisScaleEngine(QwtPlot::yLeft)->setAttribute(QwtScaleEngine::IncludeReference, true);
+        axisScaleEngine(QwtPlot::yLeft)->setReference(0);
+    }
+
+    m_grid->setMajorPen(QColor(0, 0, 0, 40), 0, Qt::DotLine);
+    m_grid->enableXMin(false);
+    m_grid->enableYMin(false);
+    m_grid->attach(this);
+
+    QPen curvePen(colourOf(m_type), 1.5);
+    curvePen.setJoinStyle(Qt::RoundJoin);
+    m_curve->setPen(curvePen);
+    m_curve->setZ(20);
+    m_curve->attach(this);
+
+    m_marker->setLineStyle(QwtPlotMarker::VLine);
+    m_marker->setLinePen(QColor(211, 47, 47), 1.5);
+    m_marker->setZ(40);
+    m_marker->setItemAttribute(QwtPlotItem::AutoScale, false);
+    m_marker->hide();
+    m_marker->attach(this);
+
+    m_noData->setZ(50);
+    m_noData->hide();
+    m_noData->attach(this);
+
+    auto* readout = new detail::ValueReadout(this);
+    readout->setTrackerFont(axisFont);
+
+    retranslate();
+    clearTrack();
+}
+
+QString TrackPlot::readoutAt(double ms) const {
+    if (!m_from.isValid())
+        return {};
+    QString text = QDateTime::fromMSecsSinceEpoch(std::llround(ms)).toString(QStringLiteral("hh:mm:ss"));
+    if (const std::optional<QPointF> point = m_curve->nearest(ms, kReadoutReachMs))
+        text += QStringLiteral("  ") + QString::number(point->y(), 'f', decimalsOf(m_type));
+    return text;
+}
+
+TrackPlot::~TrackPlot() = default;
+
+void TrackPlot::retranslate() {
+    QString title;
+    switch (m_type) {
+    case PlotType::Speed:
+        title = tr("Speed, km/h");
+        break;
+    case PlotType::Altitude:
+        title = tr("Altitude, m");
+        break;
+    case PlotType::Satellites:
+        title = tr("Satellites");
+        break;
+    case PlotType::Hdop:
+        title = tr("HDOP");
+        break;
+    case PlotType::Pdop:
+        title = tr("PDOP");
+        break;
+    case PlotType::Vdop:
+        title = tr("VDOP");
+        break;
+    case PlotType::Empty:
+        break;
+    }
+    QwtText axisTitle(title);
+    QFont titleFont = axisWidget(QwtPlot::yLeft)->font();
+    titleFont.setBold(true);
+    axisTitle.setFont(titleFont);
+    setAxisTitle(QwtPlot::yLeft, axisTitle);
+
+    QwtText noData(tr("No data"));
+    noData.setColor(Qt::gray);
+    noData.setRenderFlags(Qt::AlignCenter);
+    m_noData->setText(noData);
+    replot();
+}
+
+void TrackPlot::setTrack(const TrackPositions& track, const QDateTime& from, const QDateTime& to) {
+    QVector<QPointF> points;
+    points.reserve(static_cast<int>(track.size()));
+    std::vector<int> runStarts;
+    bool inGap = true;
+    double previousMs = 0;
+    double yMin = 0;
+    double yMax = 0;
+    for (const TrackPosition& position : track) {
+        const std::optional<double> value = valueOf(position, m_type);
+        if (!value || !std::isfinite(*value)) {
+            inGap = true;
+            continue;
+        }
+        const double ms = msOf(position.time);
+        if (!points.isEmpty() && ms < previousMs) {
+            LOG_WARN(kLogger, "Fix at {} ms goes back in time, skipped", ms);
+            continue;
+        }
+        if (inGap || ms - previousMs > kMaxHoleMs)
+            runStarts.push_back(points.size());
+        inGap = false;
+        points << QPointF(ms, *value);
+        previousMs = ms;
+        yMin = points.size() == 1 ? *value : std::min(yMin, *value);
+        yMax = points.size() == 1 ? *value : std::max(yMax, *value);
+    }
+    LOG_DEBUG(kLogger, "Plot {}: {} values of {} fixes, in {} pieces", static_cast<int>(m_type), points.size(),
+              track.size(), runStarts.size());
+    m_curve->setRuns(points, std::move(runStarts));
+    m_yMin = yMin;
+    m_yMax = yMax;
+    m_shownTrack = &track;
+    m_from = from;
+    m_to = std::max(from, to);
+    m_fromMs = QwtDate::toDouble(m_from);
+    m_toMs = QwtDate::toDouble(m_to);
+    m_noData->setVisible(points.isEmpty() && m_type != PlotType::Empty);
+    applyYScale();
+    m_currentTime = m_from;
+    m_marker->setXValue(m_fromMs);
+    m_marker->show();
+    showRange(m_fromMs, m_toMs, false);
+    replot();
+}
+
+void TrackPlot::clearTrack() {
+    m_curve->setRuns({}, {});
+    m_shownTrack = nullptr;
+    m_yMin = m_yMax = 0;
+    m_marker->hide();
+    m_noData->hide();
+    m_from = m_to = m_currentTime = QDateTime();
+    // An empty axis over the last hour looks like a plot waiting for data rather than a broken one.
+    const QDateTime now = QDateTime::currentDateTime();
+    m_fromMs = QwtDate::toDouble(now.addSecs(-3600));
+    m_toMs = QwtDate::toDouble(now);
+    applyYScale();
+    showRange(m_fromMs, m_toMs, false);
+    replot();
+}
+
+void TrackPlot::applyYScale() {
+    if (m_curve->dataSize() == 0) {
+        setAxisScale(QwtPlot::yLeft, 0, m_type == PlotType::Satellites ? 10 : 1);
+        return;
+    }
+    if (m_type == PlotType::Satellites) {
+        // Whole counts: whole steps.
+        const double top = std::max(4.0, std::ceil(m_yMax) + 1);
+        setAxisScale(QwtPlot::yLeft, 0, top, std::ceil(top / 4));
+        return;
+    }
+    // A little room above and below, so that the line never runs along the canvas' border, then rounded
+    // outwards to steps that read well.
+    const double range = m_yMax - m_yMin;
+    const double margin = range > 0 ? range * kYMargin : std::max(1.0, std::abs(m_yMax) * 0.1);  // flat: still a scale
+    double lower = scaleIncludesZero(m_type) ? std::min(0.0, m_yMin) : m_yMin - margin;
+    double upper = m_yMax + margin;
+    double step = 0;
+    axisScaleEngine(QwtPlot::yLeft)->autoScale(axisMaxMajor(QwtPlot::yLeft), lower, upper, step);
+    setAxisScale(QwtPlot::yLeft, lower, upper, step);
+}
+
+void TrackPlot::setCurrentTime(const QDateTime& time) {
+    if (!m_from.isValid())
+        return;
+    const double ms = std::clamp(static_cast<double>(time.toMSecsSinceEpoch()), m_fromMs, m_toMs);
+    const QwtScaleMap map = canvasMap(QwtPlot::xBottom);
+    const bool moved = std::lround(map.transform(ms)) != std::lround(map.transform(m_marker->xValue()));
+    m_currentTime = ms == m_fromMs ? m_from : ms == m_toMs ? m_to : time;
+    m_marker->setXValue(ms);
+    // Playback reports 25 times a second; a day's axis moves the marker one pixel a minute.
+    if (moved)
+        replot();
+}
+
+std::pair<QDateTime, QDateTime> TrackPlot::visibleRange() const {
+    const QwtScaleDiv& div = axisScaleDiv(QwtPlot::xBottom);
+    return {QwtDate::toDateTime(div.lowerBound(), Qt::LocalTime), QwtDate::toDateTime(div.upperBound(), Qt::LocalTime)};
+}
+
+void TrackPlot::setVisibleRange(const QDateTime& from, const QDateTime& to) {
+    showRange(QwtDate::toDouble(from), QwtDate::toDouble(to), false);
+}
+
+void TrackPlot::showRange(double fromMs, double toMs, bool byUser) {
+    const double full = m_toMs - m_fromMs;
+    double span = 1000;
+    if (full <= 0) {
+        // A zero-length item: a second around it, so that the axis can be drawn.
+        fromMs = m_fromMs - span / 2;
+    } else {
+        span = std::clamp(toMs - fromMs, std::min(kMinVisibleMs, full), full);
+        fromMs = std::clamp(fromMs, m_fromMs, m_toMs - span);
+    }
+    const QwtScaleDiv& current = axisScaleDiv(QwtPlot::xBottom);
+    if (current.lowerBound() == fromMs && current.upperBound() == fromMs + span)
+        return;
+    setAxisScale(QwtPlot::xBottom, fromMs, fromMs + span);
+    replot();
+    if (byUser) {
+        const auto range = visibleRange();
+        emit visibleRangeChanged(range.first, range.second);
+    }
+}
+
+void TrackPlot::zoomAt(double centreMs, int wheelSteps) {
+    const QwtScaleDiv& div = axisScaleDiv(QwtPlot::xBottom);
+    const double factor = std::pow(kZoomPerNotch, wheelSteps);
+    const double from = centreMs - (centreMs - div.lowerBound()) * factor;
+    const double to = centreMs + (div.upperBound() - centreMs) * factor;
+    showRange(from, to, true);
+}
+
+void TrackPlot::panBy(int wheelSteps) {
+    const QwtScaleDiv& div = axisScaleDiv(QwtPlot::xBottom);
+    const double shift = -wheelSteps * div.range() / 10;
+    showRange(div.lowerBound() + shift, div.upperBound() + shift, true);
+}
+
+double TrackPlot::canvasXOf(const QDateTime& time) const {
+    return canvasMap(QwtPlot::xBottom).transform(QwtDate::toDouble(time));
+}
+
+double TrackPlot::msAtCanvasX(double x) const {
+    return canvasMap(QwtPlot::xBottom).invTransform(x);
+}
+
+int TrackPlot::runCount() const {
+    return m_curve->runCount();
+}
+
+void TrackPlot::emitClicked(double canvasX) {
+    const double ms = std::clamp(msAtCanvasX(canvasX), m_fromMs, m_toMs);
+    emit clicked(ms / 1000);
+}
+
+bool TrackPlot::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != canvas() || !m_from.isValid())
+        return QwtPlot::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::MouseButtonPress: {
+        auto* mouse = static_cast<QMouseEvent*>(event);
+        if (mouse->button() != Qt::LeftButton)
+            break;
+        m_pressed = true;
+        emitClicked(mouse->pos().x());
+        return true;
+    }
+    case QEvent::MouseMove: {
+        auto* mouse = static_cast<QMouseEvent*>(event);
+        if (m_pressed && (mouse->buttons() & Qt::LeftButton)) {
+            emitClicked(mouse->pos().x());
+            return true;
+        }
+        break;
+    }
+    case QEvent::MouseButtonRelease:
+        if (static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton)
+            m_pressed = false;
+        break;
+    case QEvent::Wheel: {
+        auto* wheel = static_cast<QWheelEvent*>(event);
+        const QPoint delta = wheel->angleDelta();
+        const bool pan = (wheel->modifiers() & Qt::ShiftModifier) || std::abs(delta.x()) > std::abs(delta.y());
+        const int steps = (pan ? (delta.x() ? delta.x() : delta.y()) : delta.y()) / 120;
+        if (steps == 0)
+            return true;
+        if (pan)
+            panBy(steps);
+        else
+            zoomAt(msAtCanvasX(wheel->position().x()), steps);
+        return true;
+    }
+    default:
+        break;
+    }
+    return QwtPlot::eventFilter(watched, event);
+}
+
+void TrackPlot::resizeEvent(QResizeEvent* event) {
+    // About one time label per 90 pixels keeps "hh:mm:ss" labels apart.
+    setAxisMaxMajor(QwtPlot::xBottom, std::max(2, width() / 90));
+    QwtPlot::resizeEvent(event);
+}
+
+QSize TrackPlot::sizeHint() const {
+    return {600, 130};
+}
+
+QSize TrackPlot::minimumSizeHint() const {
+    return {200, 90};
+}

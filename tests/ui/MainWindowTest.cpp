@@ -1,0 +1,329 @@
+// The whole player on a generated card: loading, playing, the map, pictures with EXIF, settings, language,
+// drops, and the save flows of cuts, tracks and original files.
+#include "ui/MainWindow.h"
+
+#include "core/Startup.h"
+#include "support/BoxAnswerer.h"
+#include "support/GeneratedMedia.h"
+#include "support/RecordingFixtures.h"
+#include "support/TestSupport.h"
+#include "support/TmpfsMount.h"
+#include "ui/EncodingSettingsDialog.h"
+#include "ui/ExifWriter.h"
+#include "ui/PlaybackController.h"
+#include "ui/PlaylistView.h"
+#include "ui/QPlaylistTabWidget.h"
+#include "ui/TrackPlot.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QDropEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMimeData>
+#include <QProcess>
+#include <QPushButton>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QWebEngineView>
+
+#include <exiv2/exiv2.hpp>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using testsupport::waitUntil;
+
+namespace {
+constexpr int kLoadTimeoutMs = 30000;
+
+// Degrees from EXIF's degrees, minutes and seconds rationals.
+double exifDegrees(const Exiv2::ExifData& exif, const char* key) {
+    const auto found = exif.findKey(Exiv2::ExifKey(key));
+    if (found == exif.end() || found->count() != 3)
+        return NAN;
+    return found->toFloat(0) + found->toFloat(1) / 60.0 + found->toFloat(2) / 3600.0;
+}
+
+std::string exifText(const Exiv2::ExifData& exif, const char* key) {
+    const auto found = exif.findKey(Exiv2::ExifKey(key));
+    return found == exif.end() ? std::string() : found->toString();
+}
+
+class MainWindowTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_card = new QTemporaryDir;
+        QProcess make;
+        make.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        make.start(QStringLiteral(REELVUE_SOURCE_DIR "/tools/make-demo-card"), {s_card->path()});
+        ASSERT_TRUE(make.waitForFinished(180000) && make.exitCode() == 0) << "the demo card could not be made";
+        // The window finds its map page and translations in the run tree, as the installed program does.
+        s_previousDirectory = QDir::currentPath();
+        QDir::setCurrent(QStringLiteral(REELVUE_RUN_DIR));
+        provideWebChannelScript(QDir(QStringLiteral(REELVUE_RUN_DIR)));
+    }
+
+    static void TearDownTestSuite() {
+        QDir::setCurrent(s_previousDirectory);
+        delete s_card;
+        s_card = nullptr;
+    }
+
+    void SetUp() override {
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settingsDir.path());
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+    }
+
+    void TearDown() override { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
+
+    std::unique_ptr<MainWindow> openWindow() {
+        auto window = std::make_unique<MainWindow>();
+        MainWindow::FileChoosers choosers;
+        choosers.saveFileName = [this](QWidget*, const QString&, const QString& proposal, const QString&) {
+            proposals.push_back(proposal);
+            return nextSavePath;
+        };
+        choosers.existingDirectory = [this](QWidget*, const QString&, const QString&) { return nextDirectory; };
+        window->setFileChoosers(choosers);
+        window->resize(1366, 768);
+        window->show();
+        return window;
+    }
+
+    // Loads the card and waits until the first trip plays.
+    static void loadCard(MainWindow& window) {
+        window.loadDirectory(cardPath());
+        ASSERT_TRUE(waitUntil([&] { return window.playbackController() && window.playbackController()->currentPlayer(); },
+                              kLoadTimeoutMs));
+    }
+
+    static QString cardPath() { return s_card->path(); }
+
+    template <typename T> static T* child(MainWindow& window, const char* name) {
+        T* found = window.findChild<T*>(QLatin1String(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+
+    static QString outputPath(const QTemporaryDir& dir, const char* name) { return dir.filePath(QLatin1String(name)); }
+
+    static inline QTemporaryDir* s_card = nullptr;
+    static inline QString s_previousDirectory;
+
+    testsupport::MountTestLock mountLock; // the window watches the mount table
+    testsupport::LogCapture log;
+    QTemporaryDir m_settingsDir;
+    QTemporaryDir out;
+    QString nextSavePath;
+    QString nextDirectory;
+    std::vector<QString> proposals;
+};
+
+QVariant evaluate(QWebEngineView& view, const QString& script) {
+    auto result = std::make_shared<std::optional<QVariant>>();
+    view.page()->runJavaScript(script, [result](const QVariant& value) { *result = value; });
+    waitUntil([&] { return result->has_value(); }, 10000);
+    return result->value_or(QVariant());
+}
+
+} // namespace
+
+TEST_F(MainWindowTest, loading_fills_the_four_tabs_plays_the_first_trip_and_shows_its_track_on_the_map) {
+    auto window = openWindow();
+    loadCard(*window);
+
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Lumicor Reelvue (%1)").arg(QDir::toNativeSeparators(cardPath())));
+    for (const char* table : {"tripPlaylistTable", "parkingPlaylistTable", "eventPlaylistTable", "rawPlaylistTable"}) {
+        auto* view = child<PlaylistView>(*window, table);
+        ASSERT_TRUE(view && view->model()) << table;
+        EXPECT_GT(view->model()->rowCount(), 1) << table; // a date row and at least one item
+    }
+    // The first trip of the card starts at 09:00 local time and runs six minutes.
+    PlaybackController* controller = window->playbackController();
+    EXPECT_EQ(controller->from().time(), QTime(9, 0));
+    EXPECT_EQ(controller->from().secsTo(controller->to()), 360);
+
+    auto* status = child<QLabel>(*window, "statusLabel");
+    ASSERT_TRUE(waitUntil([&] { return !status->text().isEmpty(); }));
+    const QString first = status->text();
+    EXPECT_TRUE(first.startsWith(QStringLiteral("2024.06.14 09:00:"))) << first.toStdString();
+    EXPECT_TRUE(waitUntil([&] { return status->text() != first; }, 3000)) << "the status time stands still";
+
+    auto* map = child<QWebEngineView>(*window, "mapWidget");
+    EXPECT_TRUE(waitUntil([&] { return evaluate(*map, QStringLiteral("reelvueMap.state.track.length")).toInt() > 10; }, 20000));
+
+    // Choosing the second trip plays it.
+    auto* trips = child<PlaylistView>(*window, "tripPlaylistTable");
+    const QModelIndex secondTrip = trips->model()->index(2, 0); // date row, first trip, second trip
+    QTest::mouseClick(trips->viewport(), Qt::LeftButton, {}, trips->visualRect(secondTrip).center());
+    EXPECT_TRUE(waitUntil([&] { return window->playbackController() && window->playbackController()->from().time() == QTime(9, 10); }));
+}
+
+TEST_F(MainWindowTest, a_saved_frame_carries_the_time_and_track_position_in_its_exif_block) {
+    auto window = openWindow();
+    loadCard(*window);
+    PlaybackController* controller = window->playbackController();
+    controller->seekTo(controller->from().addSecs(90));
+    ASSERT_TRUE(waitUntil([&] { return controller->currentTime() >= controller->from().addSecs(90); }));
+    controller->togglePause();
+    ASSERT_TRUE(waitUntil([&] { return controller->isPaused(); }));
+    waitUntil([] { return false; }, 200);
+    const QDateTime shown = controller->currentTime();
+
+    nextSavePath = outputPath(out, "frame.jpg");
+    window->onSaveMainCameraFrame();
+    ASSERT_TRUE(waitUntil([&] { return !log.linesContaining("Updated EXIF Header in").empty(); }));
+    ASSERT_EQ(proposals.size(), 1u);
+    EXPECT_TRUE(proposals[0].endsWith("/lumicor-reelvue-video-front-" + shown.toString("yyyyMMddTHHmmsszzz") + ".jpg"))
+        << proposals[0].toStdString();
+
+    auto image = Exiv2::ImageFactory::open(nextSavePath.toStdString());
+    image->readMetadata();
+    const Exiv2::ExifData& exif = image->exifData();
+    const std::optional<TrackPosition> expected = trackPositionAt(controller->track(), shown);
+    ASSERT_TRUE(expected);
+    EXPECT_NEAR(exifDegrees(exif, "Exif.GPSInfo.GPSLatitude"), std::abs(expected->latitude), 1e-5);
+    EXPECT_NEAR(exifDegrees(exif, "Exif.GPSInfo.GPSLongitude"), std::abs(expected->longitude), 1e-5);
+    EXPECT_EQ(exifText(exif, "Exif.Photo.DateTimeOriginal"), shown.toString("yyyy:MM:dd HH:mm:ss").toStdString());
+    EXPECT_EQ(QImage(nextSavePath).size(), QSize(640, 360));
+}
+
+TEST_F(MainWindowTest, first_start_shows_only_the_speed_plot_and_choices_survive_a_restart) {
+    {
+        auto window = openWindow();
+        auto* speed = child<QAction>(*window, "actionShowSpeedPlot");
+        auto* altitude = child<QAction>(*window, "actionShowAltitudePlot");
+        EXPECT_TRUE(speed->isChecked());
+        EXPECT_FALSE(altitude->isChecked());
+        EXPECT_TRUE(window->plot(PlotType::Speed)->isVisible());
+        EXPECT_FALSE(window->plot(PlotType::Altitude)->isVisible());
+        EXPECT_FALSE(child<QAction>(*window, "actionShowHDOPPlot")->isVisible()) << "needs its start-up option";
+
+        altitude->setChecked(true);
+        speed->setChecked(false);
+        child<QAction>(*window, "actionShowRearCamera")->setChecked(false);
+        window->close();
+        EXPECT_EQ(log.linesContaining("INFO ui.MainWindow - Save app state to").size(), 1u);
+    }
+    auto window = openWindow();
+    EXPECT_FALSE(child<QAction>(*window, "actionShowSpeedPlot")->isChecked());
+    EXPECT_TRUE(child<QAction>(*window, "actionShowAltitudePlot")->isChecked());
+    EXPECT_TRUE(window->plot(PlotType::Altitude)->isVisible());
+    EXPECT_FALSE(window->plot(PlotType::Empty)->isVisible());
+    EXPECT_FALSE(child<QAction>(*window, "actionShowRearCamera")->isChecked());
+    EXPECT_FALSE(child<QAction>(*window, "actionShowMainCamera")->isChecked() == false);
+    EXPECT_EQ(log.linesContaining("INFO ui.MainWindow - Read app state from").size(), 2u);
+}
+
+TEST_F(MainWindowTest, switching_to_russian_translates_the_menus_and_the_chosen_language_cannot_be_chosen_again) {
+    auto window = openWindow();
+    auto* menuFile = child<QMenu>(*window, "menuFile");
+    auto* russian = child<QAction>(*window, "actionSetRussianLanguage");
+    auto* english = child<QAction>(*window, "actionSetEnglishLanguage");
+    EXPECT_FALSE(english->isEnabled());
+    ASSERT_EQ(menuFile->title(), QStringLiteral("&File"));
+
+    russian->trigger();
+    EXPECT_NE(menuFile->title(), QStringLiteral("&File"));
+    EXPECT_FALSE(russian->isEnabled());
+    EXPECT_TRUE(english->isEnabled());
+    EXPECT_EQ(QSettings(kOrganizationName, kApplicationName).value("locale").toString(), QStringLiteral("ru_RU"));
+
+    english->trigger();
+    EXPECT_EQ(menuFile->title(), QStringLiteral("&File"));
+}
+
+TEST_F(MainWindowTest, three_dropped_files_open_the_third_with_one_warning) {
+    auto window = openWindow();
+    QList<QUrl> urls;
+    for (const char* name : {"a.mp4", "b.mp4", "c.mp4"}) {
+        testsupport::placeVideo(out.filePath(name));
+        urls.append(QUrl::fromLocalFile(out.filePath(name)));
+    }
+    testsupport::BoxAnswerer answerer(QStringLiteral("OK")); // a lone video without a track loads nothing
+    auto* tabs = child<QPlaylistTabWidget>(*window, "playlistContainer");
+    QMimeData data;
+    data.setUrls(urls);
+    const QPoint at = tabs->rect().center();
+    QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(tabs, &enter);
+    QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(tabs, &drop);
+
+    EXPECT_TRUE(waitUntil([&] { return !log.linesContaining("ui.MainWindow - Open file " + out.filePath("c.mp4").toStdString()).empty(); }));
+    EXPECT_EQ(log.linesContaining("WARN ui.QPlaylistTabWidget - Too many files droped, will use last one").size(), 1u);
+    EXPECT_TRUE(log.linesContaining("Open file " + out.filePath("a.mp4").toStdString()).empty());
+}
+
+TEST_F(MainWindowTest, saves_a_cut_with_its_track_beside_the_track_alone_and_the_original_files) {
+    auto window = openWindow();
+    loadCard(*window);
+    testsupport::BoxAnswerer answerer(QStringLiteral("OK"));
+
+    // Cut: the selector's interval (the whole trip) into an MP4, confirmed in the encoding dialog.
+    const QString cutPath = outputPath(out, "cut.mp4");
+    QTimer dialogAnswerer;
+    QObject::connect(&dialogAnswerer, &QTimer::timeout, [&] {
+        auto* dialog = qobject_cast<EncodingSettingsDialog*>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        dialog->findChild<QLineEdit*>("filePathEdit")->setText(cutPath);
+        dialog->accept();
+    });
+    dialogAnswerer.start(20);
+    window->onCutButtonClicked();
+    EXPECT_TRUE(child<QWidget>(*window, "cutButtonContainer")->isVisible());
+    window->cutCurrentItem();
+    ASSERT_TRUE(waitUntil([&] { return !answerer.texts.empty(); }, 60000));
+    EXPECT_EQ(answerer.texts.back(), "Encoding completed");
+    EXPECT_NEAR(testsupport::probeDuration(cutPath), 360.0, 2.0);
+    EXPECT_TRUE(QFileInfo(outputPath(out, "cut.nmea")).size() > 0) << "no track beside the cut";
+    EXPECT_EQ(log.linesContaining("INFO ui.MainWindow - Cut from 2024-06-14T09:00:00 to 2024-06-14T09:06:00").size(), 1u);
+
+    // The track alone, as GPX.
+    nextSavePath = outputPath(out, "track.gpx");
+    window->onSaveTrack(3);
+    ASSERT_TRUE(waitUntil([&] { return answerer.texts.size() == 2; }, 20000));
+    EXPECT_EQ(answerer.texts.back(), "Track saving completed");
+    EXPECT_TRUE(proposals.back().endsWith("/dvr-20240614T090000-20240614T090600.gpx")) << proposals.back().toStdString();
+    EXPECT_GT(QFileInfo(nextSavePath).size(), 1000);
+
+    // The original files of the six recordings: front, rear and track each.
+    nextDirectory = outputPath(out, "copy");
+    QDir().mkpath(nextDirectory);
+    window->onSavePlaylistItem();
+    ASSERT_TRUE(waitUntil([&] { return answerer.texts.size() == 3; }, 20000));
+    EXPECT_EQ(answerer.texts.back(), "\u0421opying completed");
+    EXPECT_EQ(QDir(nextDirectory).entryList(QDir::Files).size(), 18);
+    EXPECT_TRUE(window->isEnabled());
+}
+
+// Pictures of the window for a person to look at (REELVUE_SCREENSHOT_DIR=/some/dir): both screen sizes, cut mode
+// with the selector, and Russian.
+TEST_F(MainWindowTest, screenshots_for_review) {
+    const QString directory = qEnvironmentVariable("REELVUE_SCREENSHOT_DIR");
+    if (directory.isEmpty())
+        GTEST_SKIP() << "set REELVUE_SCREENSHOT_DIR to take them";
+    auto window = openWindow();
+    loadCard(*window);
+    child<QAction>(*window, "actionShowAltitudePlot")->setChecked(true);
+    for (const QSize size : {QSize(1366, 768), QSize(1920, 1080)}) {
+        window->resize(size);
+        waitUntil([] { return false; }, 2500);
+        window->grab().save(QStringLiteral("%1/window-%2.png").arg(directory).arg(size.width()));
+    }
+    window->resize(1366, 768);
+    window->onCutButtonClicked();
+    waitUntil([] { return false; }, 500);
+    window->grab().save(directory + "/window-cut.png");
+    window->onRejectCutButtonClicked();
+    child<QAction>(*window, "actionSetRussianLanguage")->trigger();
+    waitUntil([] { return false; }, 1000);
+    window->grab().save(directory + "/window-ru.png");
+}
