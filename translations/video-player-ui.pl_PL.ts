@@ -75,10 +75,6 @@
 <context>
     <name>MainWindow</name>
     <message>
-        <source>Open a card or a folder of recordings</source>
-        <translation>Otwórz kartę pamięci lub folder z nagraniami</translation>
-    </message>
-    <message>
         <source>&amp;File</source>
         <translation>&amp;Plik</translation>
     </message>
@@ -109,6 +105,348 @@
     <message>
         <source>The storage %1 with the loaded recordings was removed.</source>
         <translation>Nośnik %1 z otwartymi nagraniami został odłączony.</translation>
+    </message>
+    <message>
+        <source>Lumicor Reelvue</source>
+        <translation>Lumicor Reelvue</translation>
+    </message>
+    <message>
+        <source>Open directory</source>
+        <translation>Otwórz folder</translation>
+    </message>
+    <message>
+        <source>Open file</source>
+        <translation>Otwórz plik</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Zapisz</translation>
+    </message>
+    <message>
+        <source>RIDES</source>
+        <translation>PRZEJAZDY</translation>
+    </message>
+    <message>
+        <source>PARKING</source>
+        <translation>PARKOWANIE</translation>
+    </message>
+    <message>
+        <source>EVENTS</source>
+        <translation>ZDARZENIA</translation>
+    </message>
+    <message>
+        <source>FILES</source>
+        <translation>PLIKI</translation>
+    </message>
+    <message>
+        <source>Unmute</source>
+        <translation>Wyłącz wyciszenie</translation>
+    </message>
+    <message>
+        <source>Mute</source>
+        <translation>Wycisz</translation>
+    </message>
+    <message>
+        <source>Volume</source>
+        <translation>Głośność</translation>
+    </message>
+    <message>
+        <source>Show fullscreen</source>
+        <translation>Pełny ekran</translation>
+    </message>
+    <message>
+        <source>Show normal (not fullscreen)</source>
+        <translation>Wyjdź z pełnego ekranu</translation>
+    </message>
+    <message>
+        <source>Seek to the beginning</source>
+        <translation>Przejdź na początek</translation>
+    </message>
+    <message>
+        <source>Slow down</source>
+        <translation>Wolniej</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Zatrzymaj</translation>
+    </message>
+    <message>
+        <source>Play</source>
+        <translation>Odtwarzaj</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation>Wstrzymaj</translation>
+    </message>
+    <message>
+        <source>Speed up</source>
+        <translation>Szybciej</translation>
+    </message>
+    <message>
+        <source>Seek to the ending</source>
+        <translation>Przejdź na koniec</translation>
+    </message>
+    <message>
+        <source>Start cycle play</source>
+        <translation>Włącz zapętlanie fragmentu</translation>
+    </message>
+    <message>
+        <source>Stop cycle play</source>
+        <translation>Wyłącz zapętlanie fragmentu</translation>
+    </message>
+    <message>
+        <source>Cut and save</source>
+        <translation>Wytnij i zapisz</translation>
+    </message>
+    <message>
+        <source>Rotate</source>
+        <translation>Obróć</translation>
+    </message>
+    <message>
+        <source>Confirm cut</source>
+        <translation>Zatwierdź wycięcie</translation>
+    </message>
+    <message>
+        <source>Reject cut</source>
+        <translation>Odrzuć wycięcie</translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation>&amp;Widok</translation>
+    </message>
+    <message>
+        <source>Show video</source>
+        <translation>Pokaż wideo</translation>
+    </message>
+    <message>
+        <source>Rotate video</source>
+        <translation>Obróć wideo</translation>
+    </message>
+    <message>
+        <source>Time stamps on track</source>
+        <translation>Znaczniki czasu na trasie</translation>
+    </message>
+    <message>
+        <source>Charts</source>
+        <translation>Wykresy</translation>
+    </message>
+    <message>
+        <source>Language</source>
+        <translation>Język</translation>
+    </message>
+    <message>
+        <source>Ctrl+O</source>
+        <translation>Ctrl+O</translation>
+    </message>
+    <message>
+        <source>About</source>
+        <translation>O programie</translation>
+    </message>
+    <message>
+        <source>Main camera</source>
+        <translation>Kamera główna</translation>
+    </message>
+    <message>
+        <source>Rear camera</source>
+        <translation>Kamera tylna</translation>
+    </message>
+    <message>
+        <source>Disabled</source>
+        <translation>Wyłączone</translation>
+    </message>
+    <message>
+        <source>30 seconds</source>
+        <translation>30 sekund</translation>
+    </message>
+    <message>
+        <source>1 minute</source>
+        <translation>1 minuta</translation>
+    </message>
+    <message>
+        <source>5 minutes</source>
+        <translation>5 minut</translation>
+    </message>
+    <message>
+        <source>20 minutes</source>
+        <translation>20 minut</translation>
+    </message>
+    <message>
+        <source>Speed</source>
+        <translation>Prędkość</translation>
+    </message>
+    <message>
+        <source>Altitude</source>
+        <translation>Wysokość</translation>
+    </message>
+    <message>
+        <source>Number of satellites</source>
+        <translation>Liczba satelitów</translation>
+    </message>
+    <message>
+        <source>HDOP</source>
+        <translation>HDOP</translation>
+    </message>
+    <message>
+        <source>VDOP</source>
+        <translation>VDOP</translation>
+    </message>
+    <message>
+        <source>PDOP</source>
+        <translation>PDOP</translation>
+    </message>
+    <message>
+        <source>English</source>
+        <translation>English</translation>
+    </message>
+    <message>
+        <source>Russian</source>
+        <translation>Русский</translation>
+    </message>
+    <message>
+        <source>Polish</source>
+        <translation>Polski</translation>
+    </message>
+    <message>
+        <source>Czech</source>
+        <translation>Čeština</translation>
+    </message>
+    <message>
+        <source>Save video</source>
+        <translation>Zapisz wideo</translation>
+    </message>
+    <message>
+        <source>Save video and track</source>
+        <translation>Zapisz wideo i trasę</translation>
+    </message>
+    <message>
+        <source>Save track</source>
+        <translation>Zapisz trasę</translation>
+    </message>
+    <message>
+        <source>Save video frame</source>
+        <translation>Zapisz klatkę</translation>
+    </message>
+    <message>
+        <source>Save video frame (main camera)</source>
+        <translation>Zapisz klatkę (kamera główna)</translation>
+    </message>
+    <message>
+        <source>Save video frame (rear camera)</source>
+        <translation>Zapisz klatkę (kamera tylna)</translation>
+    </message>
+    <message>
+        <source>Save window</source>
+        <translation>Zapisz zrzut okna</translation>
+    </message>
+    <message>
+        <source>Version %1</source>
+        <translation>Wersja %1</translation>
+    </message>
+    <message>
+        <source>MP4, MOV(*.mp4 *.mov);;MP4(*.mp4);;MOV(*.mov)</source>
+        <translation>Wideo MP4, MOV (*.mp4 *.mov);;MP4 (*.mp4);;MOV (*.mov)</translation>
+    </message>
+    <message>
+        <source>Loading from directory status</source>
+        <translation>Wczytywanie nagrań</translation>
+    </message>
+    <message>
+        <source>Failed to load</source>
+        <translation>Nie udało się wczytać</translation>
+    </message>
+    <message>
+        <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
+        <translation>We wskazanej lokalizacji nie ma plików wideo, a struktury podfolderów brak lub jest nieprawidłowa</translation>
+    </message>
+    <message>
+        <source>Open a memory card, a folder or a video file</source>
+        <translation>Otwórz kartę pamięci, folder lub plik wideo</translation>
+    </message>
+    <message>
+        <source>Active camera(s) is(are) not available.</source>
+        <translation>Wybrane kamery są niedostępne.</translation>
+    </message>
+    <message>
+        <source>Save image to</source>
+        <translation>Zapisz obraz jako</translation>
+    </message>
+    <message>
+        <source>JPEG (*.jpg);;PNG (*.png)</source>
+        <translation>Obraz JPEG (*.jpg);;Obraz PNG (*.png)</translation>
+    </message>
+    <message>
+        <source>Specified file path is not suitable</source>
+        <translation>Wskazana ścieżka pliku jest nieodpowiednia</translation>
+    </message>
+    <message>
+        <source>Save to</source>
+        <translation>Zapisz jako</translation>
+    </message>
+    <message>
+        <source>Saving</source>
+        <translation>Zapisywanie</translation>
+    </message>
+    <message>
+        <source>The folder already holds files of the same names:
+%1
+
+Choose another folder.</source>
+        <translation>Folder zawiera już pliki o tych nazwach:
+%1
+
+Wybierz inny folder.</translation>
+    </message>
+    <message>
+        <source>Copying status</source>
+        <translation>Kopiowanie plików</translation>
+    </message>
+    <message>
+        <source>Encoding status</source>
+        <translation>Kodowanie wideo</translation>
+    </message>
+    <message>
+        <source>Encoding</source>
+        <translation>Kodowanie</translation>
+    </message>
+    <message>
+        <source>Failed to copy track</source>
+        <translation>Nie udało się skopiować trasy</translation>
+    </message>
+    <message>
+        <source>Сopying completed</source>
+        <translation>Kopiowanie zakończone</translation>
+    </message>
+    <message>
+        <source>Failed to copy</source>
+        <translation>Kopiowanie nie powiodło się</translation>
+    </message>
+    <message>
+        <source>Encoding completed</source>
+        <translation>Kodowanie zakończone</translation>
+    </message>
+    <message>
+        <source>Failed to encode.
+
+NOTE:
+Try choose another container type or choose &quot;Only video&quot; option.
+If all else fails choose &quot;Force reencoding&quot;.</source>
+        <translation>Kodowanie nie powiodło się.
+
+UWAGA:
+Spróbuj wybrać inny typ kontenera lub opcję „Tylko wideo”.
+Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
+    </message>
+    <message>
+        <source>Track saving</source>
+        <translation>Zapisywanie trasy</translation>
+    </message>
+    <message>
+        <source>Track saving completed</source>
+        <translation>Trasa została zapisana</translation>
+    </message>
+    <message>
+        <source>Failed to save track</source>
+        <translation>Nie udało się zapisać trasy</translation>
     </message>
 </context>
 <context>
@@ -188,6 +526,17 @@
     </message>
 </context>
 <context>
+    <name>PlaylistView</name>
+    <message>
+        <source>Open a memory card, a folder or a video file, or drop one here</source>
+        <translation>Otwórz kartę pamięci, folder lub plik wideo albo przeciągnij je tutaj</translation>
+    </message>
+    <message>
+        <source>Nothing in this list</source>
+        <translation>Lista jest pusta</translation>
+    </message>
+</context>
+<context>
     <name>ProgressDialog</name>
     <message>
         <source>Cancel</source>
@@ -200,6 +549,37 @@
     <message>
         <source>Remaining time: </source>
         <translation>Pozostało: </translation>
+    </message>
+</context>
+<context>
+    <name>TrackPlot</name>
+    <message>
+        <source>Speed, km/h</source>
+        <translation>Prędkość, km/h</translation>
+    </message>
+    <message>
+        <source>Altitude, m</source>
+        <translation>Wysokość, m</translation>
+    </message>
+    <message>
+        <source>Satellites</source>
+        <translation>Satelity</translation>
+    </message>
+    <message>
+        <source>HDOP</source>
+        <translation>HDOP</translation>
+    </message>
+    <message>
+        <source>PDOP</source>
+        <translation>PDOP</translation>
+    </message>
+    <message>
+        <source>VDOP</source>
+        <translation>VDOP</translation>
+    </message>
+    <message>
+        <source>No data</source>
+        <translation>Brak danych</translation>
     </message>
 </context>
 <context>

@@ -75,10 +75,6 @@
 <context>
     <name>MainWindow</name>
     <message>
-        <source>Open a card or a folder of recordings</source>
-        <translation>Откройте карту памяти или папку с записями</translation>
-    </message>
-    <message>
         <source>&amp;File</source>
         <translation>&amp;Файл</translation>
     </message>
@@ -109,6 +105,348 @@
     <message>
         <source>The storage %1 with the loaded recordings was removed.</source>
         <translation>Накопитель %1 с открытыми записями был извлечён.</translation>
+    </message>
+    <message>
+        <source>Lumicor Reelvue</source>
+        <translation>Lumicor Reelvue</translation>
+    </message>
+    <message>
+        <source>Open directory</source>
+        <translation>Открыть папку</translation>
+    </message>
+    <message>
+        <source>Open file</source>
+        <translation>Открыть файл</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Сохранить</translation>
+    </message>
+    <message>
+        <source>RIDES</source>
+        <translation>ПОЕЗДКИ</translation>
+    </message>
+    <message>
+        <source>PARKING</source>
+        <translation>ПАРКОВКА</translation>
+    </message>
+    <message>
+        <source>EVENTS</source>
+        <translation>СОБЫТИЯ</translation>
+    </message>
+    <message>
+        <source>FILES</source>
+        <translation>ФАЙЛЫ</translation>
+    </message>
+    <message>
+        <source>Unmute</source>
+        <translation>Включить звук</translation>
+    </message>
+    <message>
+        <source>Mute</source>
+        <translation>Выключить звук</translation>
+    </message>
+    <message>
+        <source>Volume</source>
+        <translation>Громкость</translation>
+    </message>
+    <message>
+        <source>Show fullscreen</source>
+        <translation>Во весь экран</translation>
+    </message>
+    <message>
+        <source>Show normal (not fullscreen)</source>
+        <translation>Выйти из полноэкранного режима</translation>
+    </message>
+    <message>
+        <source>Seek to the beginning</source>
+        <translation>Перейти в начало</translation>
+    </message>
+    <message>
+        <source>Slow down</source>
+        <translation>Медленнее</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Стоп</translation>
+    </message>
+    <message>
+        <source>Play</source>
+        <translation>Воспроизвести</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation>Пауза</translation>
+    </message>
+    <message>
+        <source>Speed up</source>
+        <translation>Быстрее</translation>
+    </message>
+    <message>
+        <source>Seek to the ending</source>
+        <translation>Перейти в конец</translation>
+    </message>
+    <message>
+        <source>Start cycle play</source>
+        <translation>Включить повтор фрагмента</translation>
+    </message>
+    <message>
+        <source>Stop cycle play</source>
+        <translation>Выключить повтор фрагмента</translation>
+    </message>
+    <message>
+        <source>Cut and save</source>
+        <translation>Вырезать и сохранить</translation>
+    </message>
+    <message>
+        <source>Rotate</source>
+        <translation>Повернуть</translation>
+    </message>
+    <message>
+        <source>Confirm cut</source>
+        <translation>Подтвердить вырезание</translation>
+    </message>
+    <message>
+        <source>Reject cut</source>
+        <translation>Отменить вырезание</translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation>&amp;Вид</translation>
+    </message>
+    <message>
+        <source>Show video</source>
+        <translation>Показать видео</translation>
+    </message>
+    <message>
+        <source>Rotate video</source>
+        <translation>Повернуть видео</translation>
+    </message>
+    <message>
+        <source>Time stamps on track</source>
+        <translation>Метки времени на треке</translation>
+    </message>
+    <message>
+        <source>Charts</source>
+        <translation>Графики</translation>
+    </message>
+    <message>
+        <source>Language</source>
+        <translation>Язык</translation>
+    </message>
+    <message>
+        <source>Ctrl+O</source>
+        <translation>Ctrl+O</translation>
+    </message>
+    <message>
+        <source>About</source>
+        <translation>О программе</translation>
+    </message>
+    <message>
+        <source>Main camera</source>
+        <translation>Основная камера</translation>
+    </message>
+    <message>
+        <source>Rear camera</source>
+        <translation>Задняя камера</translation>
+    </message>
+    <message>
+        <source>Disabled</source>
+        <translation>Отключены</translation>
+    </message>
+    <message>
+        <source>30 seconds</source>
+        <translation>30 секунд</translation>
+    </message>
+    <message>
+        <source>1 minute</source>
+        <translation>1 минута</translation>
+    </message>
+    <message>
+        <source>5 minutes</source>
+        <translation>5 минут</translation>
+    </message>
+    <message>
+        <source>20 minutes</source>
+        <translation>20 минут</translation>
+    </message>
+    <message>
+        <source>Speed</source>
+        <translation>Скорость</translation>
+    </message>
+    <message>
+        <source>Altitude</source>
+        <translation>Высота</translation>
+    </message>
+    <message>
+        <source>Number of satellites</source>
+        <translation>Число спутников</translation>
+    </message>
+    <message>
+        <source>HDOP</source>
+        <translation>HDOP</translation>
+    </message>
+    <message>
+        <source>VDOP</source>
+        <translation>VDOP</translation>
+    </message>
+    <message>
+        <source>PDOP</source>
+        <translation>PDOP</translation>
+    </message>
+    <message>
+        <source>English</source>
+        <translation>English</translation>
+    </message>
+    <message>
+        <source>Russian</source>
+        <translation>Русский</translation>
+    </message>
+    <message>
+        <source>Polish</source>
+        <translation>Polski</translation>
+    </message>
+    <message>
+        <source>Czech</source>
+        <translation>Čeština</translation>
+    </message>
+    <message>
+        <source>Save video</source>
+        <translation>Сохранить видео</translation>
+    </message>
+    <message>
+        <source>Save video and track</source>
+        <translation>Сохранить видео и трек</translation>
+    </message>
+    <message>
+        <source>Save track</source>
+        <translation>Сохранить трек</translation>
+    </message>
+    <message>
+        <source>Save video frame</source>
+        <translation>Сохранить кадр</translation>
+    </message>
+    <message>
+        <source>Save video frame (main camera)</source>
+        <translation>Сохранить кадр (основная камера)</translation>
+    </message>
+    <message>
+        <source>Save video frame (rear camera)</source>
+        <translation>Сохранить кадр (задняя камера)</translation>
+    </message>
+    <message>
+        <source>Save window</source>
+        <translation>Сохранить снимок окна</translation>
+    </message>
+    <message>
+        <source>Version %1</source>
+        <translation>Версия %1</translation>
+    </message>
+    <message>
+        <source>MP4, MOV(*.mp4 *.mov);;MP4(*.mp4);;MOV(*.mov)</source>
+        <translation>Видео MP4, MOV (*.mp4 *.mov);;MP4 (*.mp4);;MOV (*.mov)</translation>
+    </message>
+    <message>
+        <source>Loading from directory status</source>
+        <translation>Загрузка записей</translation>
+    </message>
+    <message>
+        <source>Failed to load</source>
+        <translation>Не удалось загрузить</translation>
+    </message>
+    <message>
+        <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
+        <translation>По указанному пути нет видеофайлов, а структура вложенных папок отсутствует или неверна</translation>
+    </message>
+    <message>
+        <source>Open a memory card, a folder or a video file</source>
+        <translation>Откройте карту памяти, папку или видеофайл</translation>
+    </message>
+    <message>
+        <source>Active camera(s) is(are) not available.</source>
+        <translation>Выбранные камеры недоступны.</translation>
+    </message>
+    <message>
+        <source>Save image to</source>
+        <translation>Сохранить изображение как</translation>
+    </message>
+    <message>
+        <source>JPEG (*.jpg);;PNG (*.png)</source>
+        <translation>Изображение JPEG (*.jpg);;Изображение PNG (*.png)</translation>
+    </message>
+    <message>
+        <source>Specified file path is not suitable</source>
+        <translation>Указанный путь к файлу не подходит</translation>
+    </message>
+    <message>
+        <source>Save to</source>
+        <translation>Сохранить как</translation>
+    </message>
+    <message>
+        <source>Saving</source>
+        <translation>Сохранение</translation>
+    </message>
+    <message>
+        <source>The folder already holds files of the same names:
+%1
+
+Choose another folder.</source>
+        <translation>В папке уже есть файлы с такими именами:
+%1
+
+Выберите другую папку.</translation>
+    </message>
+    <message>
+        <source>Copying status</source>
+        <translation>Копирование файлов</translation>
+    </message>
+    <message>
+        <source>Encoding status</source>
+        <translation>Кодирование видео</translation>
+    </message>
+    <message>
+        <source>Encoding</source>
+        <translation>Кодирование</translation>
+    </message>
+    <message>
+        <source>Failed to copy track</source>
+        <translation>Не удалось скопировать трек</translation>
+    </message>
+    <message>
+        <source>Сopying completed</source>
+        <translation>Копирование завершено</translation>
+    </message>
+    <message>
+        <source>Failed to copy</source>
+        <translation>Не удалось скопировать</translation>
+    </message>
+    <message>
+        <source>Encoding completed</source>
+        <translation>Кодирование завершено</translation>
+    </message>
+    <message>
+        <source>Failed to encode.
+
+NOTE:
+Try choose another container type or choose &quot;Only video&quot; option.
+If all else fails choose &quot;Force reencoding&quot;.</source>
+        <translation>Не удалось закодировать видео.
+
+ПРИМЕЧАНИЕ:
+Попробуйте выбрать другой тип контейнера или параметр «Только видео».
+Если это не поможет, выберите «Принудительное перекодирование».</translation>
+    </message>
+    <message>
+        <source>Track saving</source>
+        <translation>Сохранение трека</translation>
+    </message>
+    <message>
+        <source>Track saving completed</source>
+        <translation>Трек сохранён</translation>
+    </message>
+    <message>
+        <source>Failed to save track</source>
+        <translation>Не удалось сохранить трек</translation>
     </message>
 </context>
 <context>
@@ -188,6 +526,17 @@
     </message>
 </context>
 <context>
+    <name>PlaylistView</name>
+    <message>
+        <source>Open a memory card, a folder or a video file, or drop one here</source>
+        <translation>Откройте карту памяти, папку или видеофайл либо перетащите их сюда</translation>
+    </message>
+    <message>
+        <source>Nothing in this list</source>
+        <translation>Список пуст</translation>
+    </message>
+</context>
+<context>
     <name>ProgressDialog</name>
     <message>
         <source>Cancel</source>
@@ -200,6 +549,37 @@
     <message>
         <source>Remaining time: </source>
         <translation>Осталось: </translation>
+    </message>
+</context>
+<context>
+    <name>TrackPlot</name>
+    <message>
+        <source>Speed, km/h</source>
+        <translation>Скорость, км/ч</translation>
+    </message>
+    <message>
+        <source>Altitude, m</source>
+        <translation>Высота, м</translation>
+    </message>
+    <message>
+        <source>Satellites</source>
+        <translation>Спутники</translation>
+    </message>
+    <message>
+        <source>HDOP</source>
+        <translation>HDOP</translation>
+    </message>
+    <message>
+        <source>PDOP</source>
+        <translation>PDOP</translation>
+    </message>
+    <message>
+        <source>VDOP</source>
+        <translation>VDOP</translation>
+    </message>
+    <message>
+        <source>No data</source>
+        <translation>Нет данных</translation>
     </message>
 </context>
 <context>
