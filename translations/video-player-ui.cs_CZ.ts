@@ -529,7 +529,7 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
     <name>PlaylistView</name>
     <message>
         <source>Open a memory card, a folder or a video file, or drop one here</source>
-        <translation>Otevřete paměťovou kartu, složku nebo videosoubor, nebo je sem přetáhněte</translation>
+        <translation>Otevřete paměťovou kartu, složku či videosoubor, nebo je sem přetáhněte</translation>
     </message>
     <message>
         <source>Nothing in this list</source>
