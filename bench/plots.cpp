@@ -23,13 +23,15 @@
 namespace {
 using Clock = std::chrono::steady_clock;
 constexpr std::int64_t kStart = 1'700'000'000;
-constexpr int kDaySeconds = 86'400;
+constexpr int kDayFixes = 86'400;
+constexpr int kHoleSeconds = 1'200;
+constexpr int kDaySeconds = kDayFixes + kHoleSeconds;  // a day's fixes and the hole between them
 
 double millisecondsSince(Clock::time_point start) {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
-// A day at 1 Hz: drives with stops, a climb and a descent, a receiver that loses a value now and then and
+// A day of fixes at 1 Hz (86,400): drives with stops, a climb and a descent, a receiver that loses a value now and then and
 // a twenty-minute hole without fixes.
 TrackPositions dayOfDriving() {
     std::mt19937 random(7);
@@ -37,7 +39,7 @@ TrackPositions dayOfDriving() {
     TrackPositions track;
     double speed = 0;
     for (int s = 0; s < kDaySeconds; ++s) {
-        if (s >= 30'000 && s < 31'200)
+        if (s >= 30'000 && s < 30'000 + kHoleSeconds)
             continue;
         TrackPosition position;
         position.time = trackTimeFromSeconds(kStart + s);
@@ -115,6 +117,9 @@ void benchDay() {
     }
     const auto range = plot.visibleRange();
     fmt::print("zoomed to {} s: first paint {:.2f} ms\n", range.first.secsTo(range.second), paintOnce(plot));
+    // Five minutes: fewer fixes than pixels, drawn smooth (antialiased).
+    plot.setVisibleRange(timeOf(kStart + 3600), timeOf(kStart + 3900));
+    fmt::print("zoomed to 300 s (antialiased): paint {:.2f} ms\n", averagePaint(plot, 10));
 
     // The same points in one plain curve, for comparison (one line across the gaps).
     QwtPlot plain;
@@ -140,13 +145,14 @@ void benchDay() {
 
 // Two plots and the active selector in a small window, as in the player's plot pane.
 void screenshot(const QString& path, const TrackPositions& track, const QDateTime& from, const QDateTime& to,
-                const QDateTime& selectFrom, const QDateTime& selectTo, const QDateTime& now) {
+                const QDateTime& selectFrom, const QDateTime& selectTo, const QDateTime& now,
+                std::vector<PlotType> types = {PlotType::Speed, PlotType::Altitude}, QSize size = {760, 240}) {
     QWidget window;
     auto* layout = new QVBoxLayout(&window);
     layout->setContentsMargins(2, 2, 2, 2);
     layout->setSpacing(0);
     PlotIntervalSelector selector;
-    for (PlotType type : {PlotType::Speed, PlotType::Altitude}) {
+    for (PlotType type : types) {
         auto* plot = new TrackPlot(type, &window);
         layout->addWidget(plot);
         plot->setTrack(track, from, to);
@@ -156,7 +162,7 @@ void screenshot(const QString& path, const TrackPositions& track, const QDateTim
     selector.setRange(from, to);
     selector.setActive(true);
     selector.setInterval(selectFrom, selectTo);
-    window.resize(760, 240);
+    window.resize(size);
     window.show();
     QApplication::processEvents();
     // The pointer resting over the first plot shows its readout.
@@ -185,6 +191,9 @@ int main(int argc, char** argv) {
         const qint64 length = from.secsTo(to);
         screenshot(dir + "/plots-real.png", real, from, to, from.addSecs(length / 4), from.addSecs(length * 2 / 3),
                    from.addSecs(length / 2));
+        // The smallest the player's plot pane gets: one plot in 110 pixels.
+        screenshot(dir + "/plots-compact.png", real, from, to, from, to, from.addSecs(length / 3), {PlotType::Satellites},
+                   {600, 110});
         const TrackPositions day = dayOfDriving();
         screenshot(dir + "/plots-day.png", day, timeOf(kStart), timeOf(kStart + kDaySeconds), timeOf(kStart + 20'000),
                    timeOf(kStart + 40'000), timeOf(kStart + 36'000));

@@ -323,6 +323,11 @@ TEST_F(MainWindowTest, screenshots_for_review) {
     waitUntil([] { return false; }, 500);
     window->grab().save(directory + "/window-cut.png");
     window->onRejectCutButtonClicked();
+    window->onFullscreenButtonClicked();
+    waitUntil([] { return false; }, 1000);
+    if (QWidget* fullscreen = QApplication::activeWindow())
+        fullscreen->grab().save(directory + "/window-fullscreen.png");
+    window->onFullscreenButtonClicked();
     child<QAction>(*window, "actionSetRussianLanguage")->trigger();
     waitUntil([] { return false; }, 1000);
     window->grab().save(directory + "/window-ru.png");

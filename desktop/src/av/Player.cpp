@@ -20,6 +20,9 @@ constexpr const char* kLogger = "av.Player";
 // 5 ms: a picture is shown at most this late; at 8x of 30 fps pictures are 4 ms apart, and the
 // presenter then drops the ones it cannot show anyway.
 constexpr int kPresentIntervalMs = 5;
+// The end of a file is announced this much before its last picture's time is up: what follows (the next
+// file's player taking over) takes about as long, so its first picture comes on time.
+constexpr double kEndLeadMs = 1.0;
 
 // Whether the machine has a sound device that takes our format; asked once, as it may be slow.
 bool soundDeviceAvailable() {
@@ -40,6 +43,10 @@ Player::Player(std::shared_ptr<TimeSource> time, QObject* parent)
     m_presenter.setTimerType(Qt::PreciseTimer);
     m_presenter.setInterval(kPresentIntervalMs);
     connect(&m_presenter, &QTimer::timeout, this, &Player::present);
+    // Ticks are too coarse for the end of a file: the moment it is due gets a timer of its own.
+    m_endTimer.setTimerType(Qt::PreciseTimer);
+    m_endTimer.setSingleShot(true);
+    connect(&m_endTimer, &QTimer::timeout, this, &Player::present);
 }
 
 Player::~Player() {
@@ -90,6 +97,7 @@ void Player::play() {
     m_presenter.start();
     m_sinceNotify.start();
     emit started();
+    present(); // the first picture now, not at the next tick
 }
 
 void Player::pause(bool paused) {
@@ -245,9 +253,15 @@ void Player::present() {
         }
         if (next->endOfStream || beyondStop) {
             const double end = beyondStop ? static_cast<double>(m_stopPosition) : m_current.endMs();
-            if (m_state == State::Playing && !toShow && now >= end) {
-                frames.pop();
-                reachEnd();
+            if (m_state == State::Playing && !toShow) {
+                const double speed = std::max(m_clock.speed(), 1e-3);
+                const double realMsLeft = (end - now) / speed - kEndLeadMs;
+                if (realMsLeft <= 0) {
+                    frames.pop();
+                    reachEnd();
+                } else if (realMsLeft < kPresentIntervalMs) {
+                    m_endTimer.start(static_cast<int>(realMsLeft));
+                }
             }
             break;
         }

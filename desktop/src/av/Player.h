@@ -122,6 +122,7 @@ private:
     QAudioOutput* m_audioOutput = nullptr;
     std::unique_ptr<MediaPipeline> m_pipeline;
     QTimer m_presenter;
+    QTimer m_endTimer;
     QPointer<VideoWidget> m_renderer;
 
     State m_state = State::Stopped;

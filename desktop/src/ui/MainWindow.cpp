@@ -680,10 +680,12 @@ void MainWindow::playRawItems(Playlist::RawItems items, const QDateTime& from, c
     connect(controller, &PlaybackController::openingChanged, this, [this](bool opening) {
         opening ? m_waitingAnimation->start() : m_waitingAnimation->stop();
     });
+    if (controller->isOpening()) // the first file began opening in the constructor
+        m_waitingAnimation->start();
+    // The placeholder plot too: it shows the item's time axis and seeks on a click.
     std::map<PlotType, TrackPlot*> plots;
     for (const auto& [type, entry] : m_plots)
-        if (type != PlotType::Empty)
-            plots[type] = entry.plot;
+        plots[type] = entry.plot;
     controller->setPlots(plots);
     m_intervalSelector->setRange(from, to);
     controller->setVolume(m_muted ? 0.0 : m_ui->volumeSlider->value() / 100.0);

@@ -2,28 +2,24 @@
 #include "ui/TrackPlot.h"
 
 #include "logging/Logging.h"
+#include "ui/TrackCurve.h"
 
 #include <QEvent>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QWheelEvent>
 
 #include <qwt_date.h>
 #include <qwt_date_scale_draw.h>
 #include <qwt_date_scale_engine.h>
-#include <qwt_painter.h>
 #include <qwt_plot_canvas.h>
-#include <qwt_plot_curve.h>
 #include <qwt_plot_grid.h>
 #include <qwt_plot_layout.h>
 #include <qwt_plot_marker.h>
 #include <qwt_plot_picker.h>
 #include <qwt_plot_textlabel.h>
 #include <qwt_scale_widget.h>
-#include <qwt_series_data.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <optional>
 
@@ -97,144 +93,7 @@ bool scaleIncludesZero(PlotType type) {
 }
 } // namespace
 
-namespace detail {
-
-// A curve drawn as runs of points, with nothing between the runs. Drawing keeps of each pixel column only
-// its first, lowest, highest and last point: a day of fixes costs no more than the canvas is wide, and looks
-// the same. The reduced lines are kept until the scales or the canvas change, so moving the marker only
-// paints them again.
-class RunCurve : public QwtPlotCurve {
-public:
-    RunCurve() {
-        setRenderHint(QwtPlotItem::RenderAntialiased, true);
-        setItemAttribute(QwtPlotItem::Legend, false);
-    }
-
-    // `runStarts` are the indices of `points` (in time order) where a new piece of line begins.
-    void setRuns(const QVector<QPointF>& points, std::vector<int> runStarts) {
-        m_points = points;
-        m_runStarts = std::move(runStarts);
-        m_cacheKey.reset();
-        setSamples(points);
-    }
-    int runCount() const { return static_cast<int>(m_runStarts.size()); }
-
-    // The point nearest in time to x, if one lies within reach.
-    std::optional<QPointF> nearest(double x, double reach) const {
-        const auto byX = [](const QPointF& point, double value) { return point.x() < value; };
-        const auto after = std::lower_bound(m_points.begin(), m_points.end(), x, byX);
-        std::optional<QPointF> best;
-        if (after != m_points.end())
-            best = *after;
-        if (after != m_points.begin() && (!best || x - (after - 1)->x() < best->x() - x))
-            best = *(after - 1);
-        if (best && std::abs(best->x() - x) > reach)
-            best.reset();
-        return best;
-    }
-
-protected:
-    void drawSeries(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap, const QRectF&, int,
-                    int) const override {
-        if (m_points.isEmpty())
-            return;
-        const std::array<double, 8> key{xMap.s1(), xMap.s2(), xMap.p1(), xMap.p2(),
-                                        yMap.s1(), yMap.s2(), yMap.p1(), yMap.p2()};
-        if (m_cacheKey != key) {
-            rebuild(xMap, yMap);
-            m_cacheKey = key;
-        }
-        if (m_dense) {
-            // More than a point a pixel: smoothing shows nothing there and costs ten times the drawing.
-            painter->setRenderHint(QPainter::Antialiasing, false);
-            QPen thin = pen();
-            thin.setWidth(1);
-            painter->setPen(thin);
-        } else {
-            painter->setPen(pen());
-        }
-        for (const QPolygonF& line : m_lines)
-            QwtPainter::drawPolyline(painter, line);
-        if (!m_dots.isEmpty()) {
-            // A lone fix between gaps: a dot a little wider than the line.
-            QPen dotPen = pen();
-            dotPen.setWidthF(std::max(3.0, pen().widthF() * 2.5));
-            dotPen.setCapStyle(Qt::RoundCap);
-            painter->setPen(dotPen);
-            painter->drawPoints(m_dots);
-        }
-    }
-
-private:
-    void rebuild(const QwtScaleMap& xMap, const QwtScaleMap& yMap) const {
-        m_lines.clear();
-        m_dots.clear();
-        const QPointF* points = m_points.constData();
-        const int count = m_points.size();
-        const double xLow = std::min(xMap.s1(), xMap.s2());
-        const double xHigh = std::max(xMap.s1(), xMap.s2());
-        // One fix beyond each edge, so that the line leaves the canvas instead of ending short of it.
-        const auto byX = [](const QPointF& point, double x) { return point.x() < x; };
-        const int first = std::max(0, static_cast<int>(std::lower_bound(points, points + count, xLow, byX) - points) - 1);
-        const auto xBefore = [](double x, const QPointF& point) { return x < point.x(); };
-        const int last = std::min(count - 1, static_cast<int>(std::upper_bound(points, points + count, xHigh, xBefore) - points));
-        for (size_t run = 0; run < m_runStarts.size(); ++run) {
-            const int runBegin = m_runStarts[run];
-            const int runEnd = (run + 1 < m_runStarts.size() ? m_runStarts[run + 1] : count) - 1;
-            const int begin = std::max(runBegin, first);
-            const int end = std::min(runEnd, last);
-            if (begin > end)
-                continue;
-            if (runBegin == runEnd)
-                m_dots << QPointF(xMap.transform(points[begin].x()), yMap.transform(points[begin].y()));
-            else
-                m_lines.push_back(reduce(points, begin, end, xMap, yMap));
-        }
-        int reduced = m_dots.size();
-        for (const QPolygonF& line : m_lines)
-            reduced += line.size();
-        m_dense = reduced > std::abs(xMap.p2() - xMap.p1());
-    }
-
-    static QPolygonF reduce(const QPointF* points, int begin, int end, const QwtScaleMap& xMap, const QwtScaleMap& yMap) {
-        QPolygonF line;
-        const auto add = [&](int index) {
-            line << QPointF(xMap.transform(points[index].x()), yMap.transform(points[index].y()));
-        };
-        int i = begin;
-        double column = std::floor(xMap.transform(points[i].x()));
-        while (i <= end) {
-            int firstI = i, lowI = i, highI = i, lastI = i;
-            double nextColumn = column;
-            for (++i; i <= end; ++i) {
-                nextColumn = std::floor(xMap.transform(points[i].x()));
-                if (nextColumn != column)
-                    break;
-                lastI = i;
-                if (points[i].y() < points[lowI].y())
-                    lowI = i;
-                if (points[i].y() > points[highI].y())
-                    highI = i;
-            }
-            int picked[] = {firstI, std::min(lowI, highI), std::max(lowI, highI), lastI};
-            int previous = -1;
-            for (int index : picked)
-                if (index != previous) {
-                    add(index);
-                    previous = index;
-                }
-            column = nextColumn;
-        }
-        return line;
-    }
-
-    QVector<QPointF> m_points;
-    std::vector<int> m_runStarts;
-    mutable std::optional<std::array<double, 8>> m_cacheKey;
-    mutable std::vector<QPolygonF> m_lines;
-    mutable QPolygonF m_dots;
-    mutable bool m_dense = false;
-};
+namespace {
 
 // Shows the time and the value under the pointer, in a small box that follows it.
 class ValueReadout : public QwtPlotPicker {
@@ -255,13 +114,28 @@ private:
     TrackPlot* m_plot;
 };
 
-} // namespace detail
+} // namespace
 
 TrackPlot::TrackPlot(PlotType type, QWidget* parent)
-    : QwtPlot(parent), m_type(type), m_curve(new detail::RunCurve), m_marker(new QwtPlotMarker), m_grid(new QwtPlotGrid),
+    : QwtPlot(parent), m_type(type), m_curve(new TrackCurve), m_marker(new QwtPlotMarker), m_grid(new QwtPlotGrid),
       m_noData(new QwtPlotTextLabel) {
     setAutoReplot(false);
     setContentsMargins(0, 2, 8, 0);
+    QFont smallFont = font();
+    if (smallFont.pointSizeF() > 0)
+        smallFont.setPointSizeF(std::max(7.0, smallFont.pointSizeF() - 1));
+    setUpCanvas();
+    setUpAxes(smallFont);
+    setUpItems();
+    // Its picker lives as the plot's child.
+    auto* readout = new ValueReadout(this);
+    readout->setTrackerFont(smallFont);
+
+    retranslate();
+    clearTrack();
+}
+
+void TrackPlot::setUpCanvas() {
     auto* canvas = new QwtPlotCanvas(this);
     canvas->setFrameStyle(QFrame::Box | QFrame::Plain);
     canvas->setLineWidth(1);
@@ -275,9 +149,9 @@ TrackPlot::TrackPlot(PlotType type, QWidget* parent)
     // The time range spans the canvas exactly: a click maps to the same time whatever the labels need.
     plotLayout()->setAlignCanvasToScales(true);
     plotLayout()->setSpacing(2);
+}
 
-    QFont axisFont = font();
-    axisFont.setPointSizeF(std::max(7.0, axisFont.pointSizeF() - 1));
+void TrackPlot::setUpAxes(const QFont& axisFont) {
     for (int axis : {QwtPlot::xBottom, QwtPlot::yLeft}) {
         setAxisFont(axis, axisFont);
         axisWidget(axis)->setMargin(0);
@@ -311,7 +185,9 @@ TrackPlot::TrackPlot(PlotType type, QWidget* parent)
         axisScaleEngine(QwtPlot::yLeft)->setAttribute(QwtScaleEngine::IncludeReference, true);
         axisScaleEngine(QwtPlot::yLeft)->setReference(0);
     }
+}
 
+void TrackPlot::setUpItems() {
     m_grid->setMajorPen(QColor(0, 0, 0, 40), 0, Qt::DotLine);
     m_grid->enableXMin(false);
     m_grid->enableYMin(false);
@@ -333,12 +209,6 @@ TrackPlot::TrackPlot(PlotType type, QWidget* parent)
     m_noData->setZ(50);
     m_noData->hide();
     m_noData->attach(this);
-
-    auto* readout = new detail::ValueReadout(this);
-    readout->setTrackerFont(axisFont);
-
-    retranslate();
-    clearTrack();
 }
 
 QString TrackPlot::readoutAt(double ms) const {

@@ -12,9 +12,7 @@ class QwtPlotMarker;
 class QwtPlotGrid;
 class QwtPlotTextLabel;
 
-namespace detail {
-class RunCurve;
-}
+class TrackCurve;
 
 // User-interface thread only. The time axis shows [from, to] of the item in local wall-clock time; a value
 // missing from a fix (or a hole of more than a few seconds between fixes) leaves a gap in the line. The
@@ -76,6 +74,9 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void setUpCanvas();
+    void setUpAxes(const QFont& axisFont);
+    void setUpItems();
     void applyYScale();
     void showRange(double fromMs, double toMs, bool byUser);
     void zoomAt(double centreMs, int wheelSteps);
@@ -83,7 +84,7 @@ private:
     void emitClicked(double canvasX);
 
     PlotType m_type;
-    detail::RunCurve* m_curve;  // attached: the plot deletes it
+    TrackCurve* m_curve;        // attached: the plot deletes it
     QwtPlotMarker* m_marker;    // attached
     QwtPlotGrid* m_grid;        // attached
     QwtPlotTextLabel* m_noData; // attached: "No data" over a track without this value
