@@ -27,9 +27,11 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QSettings>
+#include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QToolButton>
 #include <QWebEngineView>
 
 #include <exiv2/exiv2.hpp>
@@ -163,6 +165,23 @@ TEST_F(MainWindowTest, loading_fills_the_four_tabs_plays_the_first_trip_and_show
     const QModelIndex secondTrip = trips->model()->index(2, 0); // date row, first trip, second trip
     QTest::mouseClick(trips->viewport(), Qt::LeftButton, {}, trips->visualRect(secondTrip).center());
     EXPECT_TRUE(waitUntil([&] { return window->playbackController() && window->playbackController()->from().time() == QTime(9, 10); }));
+}
+
+TEST_F(MainWindowTest, mute_silences_the_player_and_unmute_returns_to_the_slider_volume) {
+    auto window = openWindow();
+    loadCard(*window);
+    auto* slider = child<QSlider>(*window, "volumeSlider");
+    auto* muted = child<QToolButton>(*window, "volumeMutedButton");
+    slider->setValue(30);
+    EXPECT_DOUBLE_EQ(window->playbackController()->volume(), 0.3);
+    EXPECT_TRUE(child<QToolButton>(*window, "volumeMediumButton")->isVisible());
+
+    child<QToolButton>(*window, "volumeMediumButton")->click();
+    EXPECT_DOUBLE_EQ(window->playbackController()->volume(), 0.0);
+    EXPECT_TRUE(muted->isVisible());
+    muted->click();
+    EXPECT_DOUBLE_EQ(window->playbackController()->volume(), 0.3);
+    EXPECT_FALSE(muted->isVisible());
 }
 
 TEST_F(MainWindowTest, a_saved_frame_carries_the_time_and_track_position_in_its_exif_block) {

@@ -24,9 +24,12 @@ constexpr int kMajor = 1;
 constexpr int kMinor = 3;
 constexpr int kPatch = 12;
 
+// Texts are marked with QT_TRANSLATE_NOOP under this same context, so tools/update-translations finds them.
 QString translated(const char* text) { return QCoreApplication::translate(kContext, text); }
 
-QString downloadFailedText() { return translated("Failed to download updated application"); }
+QString downloadFailedText() {
+    return translated(QT_TRANSLATE_NOOP("Version check", "Failed to download updated application"));
+}
 
 bool isLoopback(const QUrl& url) {
     const QString host = url.host();
@@ -172,7 +175,8 @@ void AppUpdater::onDownloadNewAppVersionFinished() {
                                                    (suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix)));
         file.setAutoRemove(false);
         if (!file.open()) {
-            emit finished(translated("Cannot write to file ") + file.fileTemplate());
+            emit finished(translated(QT_TRANSLATE_NOOP("Version check", "Cannot write to file ")) +
+                          file.fileTemplate());
             return;
         }
         path = file.fileName();
@@ -181,7 +185,7 @@ void AppUpdater::onDownloadNewAppVersionFinished() {
     }
     if (!written) {
         QFile::remove(path);
-        emit finished(translated("Cannot write to file ") + path);
+        emit finished(translated(QT_TRANSLATE_NOOP("Version check", "Cannot write to file ")) + path);
         return;
     }
     if (!matchesExpectedChecksum(body)) {
@@ -193,7 +197,7 @@ void AppUpdater::onDownloadNewAppVersionFinished() {
 
     LOG_DEBUG(kLogger, "Downloading is completed");
     if (!QProcess::startDetached(path, {})) {
-        emit finished(translated("Failed to start ") + path);
+        emit finished(translated(QT_TRANSLATE_NOOP("Version check", "Failed to start ")) + path);
         return;
     }
     LOG_DEBUG(kLogger, "Updated application started");
@@ -202,17 +206,17 @@ void AppUpdater::onDownloadNewAppVersionFinished() {
 
 bool AppUpdater::askToUpdate() {
     QMessageBox box(QMessageBox::Question, QCoreApplication::applicationName(),
-                    translated("A new version is available. Want to update?"), QMessageBox::NoButton,
-                    QApplication::activeWindow());
-    QPushButton* yes = box.addButton(translated("Yes"), QMessageBox::YesRole);
-    box.addButton(translated("No"), QMessageBox::NoRole);
+                    translated(QT_TRANSLATE_NOOP("Version check", "A new version is available. Want to update?")),
+                    QMessageBox::NoButton, QApplication::activeWindow());
+    QPushButton* yes = box.addButton(translated(QT_TRANSLATE_NOOP("Version check", "Yes")), QMessageBox::YesRole);
+    box.addButton(translated(QT_TRANSLATE_NOOP("Version check", "No")), QMessageBox::NoRole);
     box.exec();
     return box.clickedButton() == yes;
 }
 
 void AppUpdater::showUpToDate() {
     QMessageBox::information(QApplication::activeWindow(), QCoreApplication::applicationName(),
-                             translated("Application is up-to-date"));
+                             translated(QT_TRANSLATE_NOOP("Version check", "Application is up-to-date")));
 }
 
 void AppUpdater::quitApplication() { QCoreApplication::exit(0); }

@@ -5,6 +5,7 @@
 #include "ui/TrackCurve.h"
 
 #include <QEvent>
+#include <QFontMetrics>
 #include <QMouseEvent>
 #include <QWheelEvent>
 
@@ -246,11 +247,8 @@ void TrackPlot::retranslate() {
     case PlotType::Empty:
         break;
     }
-    QwtText axisTitle(title);
-    QFont titleFont = axisWidget(QwtPlot::yLeft)->font();
-    titleFont.setBold(true);
-    axisTitle.setFont(titleFont);
-    setAxisTitle(QwtPlot::yLeft, axisTitle);
+    m_axisTitle = title;
+    fitAxisTitle();
 
     QwtText noData(tr("No data"));
     noData.setColor(Qt::gray);
@@ -464,6 +462,22 @@ void TrackPlot::resizeEvent(QResizeEvent* event) {
     // About one time label per 90 pixels keeps "hh:mm:ss" labels apart.
     setAxisMaxMajor(QwtPlot::xBottom, std::max(2, width() / 90));
     QwtPlot::resizeEvent(event);
+    fitAxisTitle();
+}
+
+// The vertical title runs along the axis: in a low plot a long title ("Скорость, км/ч") gets a smaller
+// font rather than losing its ends.
+void TrackPlot::fitAxisTitle() {
+    QFont font = axisWidget(QwtPlot::yLeft)->font();
+    font.setBold(true);
+    const int room = std::max(40, height() - axisWidget(QwtPlot::xBottom)->height() - 6);
+    while (font.pointSizeF() > 6.0 && QFontMetrics(font).horizontalAdvance(m_axisTitle) > room)
+        font.setPointSizeF(font.pointSizeF() - 0.5);
+    if (axisTitle(QwtPlot::yLeft).text() == m_axisTitle && axisTitle(QwtPlot::yLeft).font() == font)
+        return;
+    QwtText title(m_axisTitle);
+    title.setFont(font);
+    setAxisTitle(QwtPlot::yLeft, title);
 }
 
 QSize TrackPlot::sizeHint() const {

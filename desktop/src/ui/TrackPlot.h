@@ -74,6 +74,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void fitAxisTitle();
     void setUpCanvas();
     void setUpAxes(const QFont& axisFont);
     void setUpItems();
@@ -84,6 +85,7 @@ private:
     void emitClicked(double canvasX);
 
     PlotType m_type;
+    QString m_axisTitle; // in the current language
     TrackCurve* m_curve;        // attached: the plot deletes it
     QwtPlotMarker* m_marker;    // attached
     QwtPlotGrid* m_grid;        // attached

@@ -1,0 +1,616 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="cs_CZ" sourcelanguage="en_US">
+<context>
+    <name>EncodingSettingsDialog</name>
+    <message>
+        <source>Encoding settings</source>
+        <translation>Nastavení kódování</translation>
+    </message>
+    <message>
+        <source>Video file options</source>
+        <translation>Možnosti videosouboru</translation>
+    </message>
+    <message>
+        <source>Only video</source>
+        <translation>Pouze video</translation>
+    </message>
+    <message>
+        <source>Force reencoding</source>
+        <translation>Vynutit překódování</translation>
+    </message>
+    <message>
+        <source>Container type:</source>
+        <translation>Typ kontejneru:</translation>
+    </message>
+    <message>
+        <source>Camera</source>
+        <translation>Kamera</translation>
+    </message>
+    <message>
+        <source>Main</source>
+        <translation>Hlavní</translation>
+    </message>
+    <message>
+        <source>Rear</source>
+        <translation>Zadní</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Uložit</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Zrušit</translation>
+    </message>
+    <message>
+        <source>QuickTime file format (*.%1)</source>
+        <translation>Soubor QuickTime (*.%1)</translation>
+    </message>
+    <message>
+        <source>Matroska Multimedia file format (*.%1)</source>
+        <translation>Soubor Matroska Multimedia (*.%1)</translation>
+    </message>
+    <message>
+        <source>MPEG-4 Part 12 file format (*.%1)</source>
+        <translation>Soubor MPEG-4 Part 12 (*.%1)</translation>
+    </message>
+    <message>
+        <source>Cut to</source>
+        <translation>Uložit výřez jako</translation>
+    </message>
+    <message>
+        <source>File path is empty</source>
+        <translation>Není zadána cesta k souboru</translation>
+    </message>
+    <message>
+        <source>Invalid file extesion (must be: &apos;%1&apos; )</source>
+        <translation>Neplatná přípona souboru (musí být „%1“)</translation>
+    </message>
+    <message>
+        <source>Invalid file path</source>
+        <translation>Neplatná cesta k souboru</translation>
+    </message>
+</context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <source>&amp;File</source>
+        <translation>&amp;Soubor</translation>
+    </message>
+    <message>
+        <source>Open external drive</source>
+        <translation>Otevřít externí disk</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>&amp;Ukončit</translation>
+    </message>
+    <message>
+        <source>Ctrl+Q</source>
+        <translation>Ctrl+Q</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Nápověda</translation>
+    </message>
+    <message>
+        <source>Check update</source>
+        <translation>Zkontrolovat aktualizace</translation>
+    </message>
+    <message>
+        <source>Updating status</source>
+        <translation>Aktualizace programu</translation>
+    </message>
+    <message>
+        <source>The storage %1 with the loaded recordings was removed.</source>
+        <translation>Úložiště %1 s otevřenými záznamy bylo odpojeno.</translation>
+    </message>
+    <message>
+        <source>Lumicor Reelvue</source>
+        <translation>Lumicor Reelvue</translation>
+    </message>
+    <message>
+        <source>Open directory</source>
+        <translation>Otevřít složku</translation>
+    </message>
+    <message>
+        <source>Open file</source>
+        <translation>Otevřít soubor</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Uložit</translation>
+    </message>
+    <message>
+        <source>RIDES</source>
+        <translation>JÍZDY</translation>
+    </message>
+    <message>
+        <source>PARKING</source>
+        <translation>PARKOVÁNÍ</translation>
+    </message>
+    <message>
+        <source>EVENTS</source>
+        <translation>UDÁLOSTI</translation>
+    </message>
+    <message>
+        <source>FILES</source>
+        <translation>SOUBORY</translation>
+    </message>
+    <message>
+        <source>Unmute</source>
+        <translation>Zrušit ztlumení</translation>
+    </message>
+    <message>
+        <source>Mute</source>
+        <translation>Ztlumit</translation>
+    </message>
+    <message>
+        <source>Volume</source>
+        <translation>Hlasitost</translation>
+    </message>
+    <message>
+        <source>Show fullscreen</source>
+        <translation>Celá obrazovka</translation>
+    </message>
+    <message>
+        <source>Show normal (not fullscreen)</source>
+        <translation>Ukončit režim celé obrazovky</translation>
+    </message>
+    <message>
+        <source>Seek to the beginning</source>
+        <translation>Přejít na začátek</translation>
+    </message>
+    <message>
+        <source>Slow down</source>
+        <translation>Pomaleji</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Zastavit</translation>
+    </message>
+    <message>
+        <source>Play</source>
+        <translation>Přehrát</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation>Pozastavit</translation>
+    </message>
+    <message>
+        <source>Speed up</source>
+        <translation>Rychleji</translation>
+    </message>
+    <message>
+        <source>Seek to the ending</source>
+        <translation>Přejít na konec</translation>
+    </message>
+    <message>
+        <source>Start cycle play</source>
+        <translation>Zapnout opakování úseku</translation>
+    </message>
+    <message>
+        <source>Stop cycle play</source>
+        <translation>Vypnout opakování úseku</translation>
+    </message>
+    <message>
+        <source>Cut and save</source>
+        <translation>Vyříznout a uložit</translation>
+    </message>
+    <message>
+        <source>Rotate</source>
+        <translation>Otočit</translation>
+    </message>
+    <message>
+        <source>Confirm cut</source>
+        <translation>Potvrdit výřez</translation>
+    </message>
+    <message>
+        <source>Reject cut</source>
+        <translation>Zrušit výřez</translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation>&amp;Zobrazit</translation>
+    </message>
+    <message>
+        <source>Show video</source>
+        <translation>Zobrazit video</translation>
+    </message>
+    <message>
+        <source>Rotate video</source>
+        <translation>Otočit video</translation>
+    </message>
+    <message>
+        <source>Time stamps on track</source>
+        <translation>Časové značky na trase</translation>
+    </message>
+    <message>
+        <source>Charts</source>
+        <translation>Grafy</translation>
+    </message>
+    <message>
+        <source>Language</source>
+        <translation>Jazyk</translation>
+    </message>
+    <message>
+        <source>Ctrl+O</source>
+        <translation>Ctrl+O</translation>
+    </message>
+    <message>
+        <source>About</source>
+        <translation>O programu</translation>
+    </message>
+    <message>
+        <source>Main camera</source>
+        <translation>Hlavní kamera</translation>
+    </message>
+    <message>
+        <source>Rear camera</source>
+        <translation>Zadní kamera</translation>
+    </message>
+    <message>
+        <source>Disabled</source>
+        <translation>Vypnuto</translation>
+    </message>
+    <message>
+        <source>30 seconds</source>
+        <translation>30 sekund</translation>
+    </message>
+    <message>
+        <source>1 minute</source>
+        <translation>1 minuta</translation>
+    </message>
+    <message>
+        <source>5 minutes</source>
+        <translation>5 minut</translation>
+    </message>
+    <message>
+        <source>20 minutes</source>
+        <translation>20 minut</translation>
+    </message>
+    <message>
+        <source>Speed</source>
+        <translation>Rychlost</translation>
+    </message>
+    <message>
+        <source>Altitude</source>
+        <translation>Výška</translation>
+    </message>
+    <message>
+        <source>Number of satellites</source>
+        <translation>Počet satelitů</translation>
+    </message>
+    <message>
+        <source>HDOP</source>
+        <translation>HDOP</translation>
+    </message>
+    <message>
+        <source>VDOP</source>
+        <translation>VDOP</translation>
+    </message>
+    <message>
+        <source>PDOP</source>
+        <translation>PDOP</translation>
+    </message>
+    <message>
+        <source>English</source>
+        <translation>English</translation>
+    </message>
+    <message>
+        <source>Russian</source>
+        <translation>Русский</translation>
+    </message>
+    <message>
+        <source>Polish</source>
+        <translation>Polski</translation>
+    </message>
+    <message>
+        <source>Czech</source>
+        <translation>Čeština</translation>
+    </message>
+    <message>
+        <source>Save video</source>
+        <translation>Uložit video</translation>
+    </message>
+    <message>
+        <source>Save video and track</source>
+        <translation>Uložit video a trasu</translation>
+    </message>
+    <message>
+        <source>Save track</source>
+        <translation>Uložit trasu</translation>
+    </message>
+    <message>
+        <source>Save video frame</source>
+        <translation>Uložit snímek</translation>
+    </message>
+    <message>
+        <source>Save video frame (main camera)</source>
+        <translation>Uložit snímek (hlavní kamera)</translation>
+    </message>
+    <message>
+        <source>Save video frame (rear camera)</source>
+        <translation>Uložit snímek (zadní kamera)</translation>
+    </message>
+    <message>
+        <source>Save window</source>
+        <translation>Uložit snímek okna</translation>
+    </message>
+    <message>
+        <source>Version %1</source>
+        <translation>Verze %1</translation>
+    </message>
+    <message>
+        <source>MP4, MOV(*.mp4 *.mov);;MP4(*.mp4);;MOV(*.mov)</source>
+        <translation>Video MP4, MOV (*.mp4 *.mov);;MP4 (*.mp4);;MOV (*.mov)</translation>
+    </message>
+    <message>
+        <source>Loading from directory status</source>
+        <translation>Načítání záznamů</translation>
+    </message>
+    <message>
+        <source>Failed to load</source>
+        <translation>Načtení se nezdařilo</translation>
+    </message>
+    <message>
+        <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
+        <translation>V zadaném umístění nejsou žádné videosoubory a struktura podsložek chybí nebo je nesprávná</translation>
+    </message>
+    <message>
+        <source>Open a memory card, a folder or a video file</source>
+        <translation>Otevřete paměťovou kartu, složku nebo videosoubor</translation>
+    </message>
+    <message>
+        <source>Active camera(s) is(are) not available.</source>
+        <translation>Zvolené kamery nejsou k dispozici.</translation>
+    </message>
+    <message>
+        <source>Save image to</source>
+        <translation>Uložit obrázek jako</translation>
+    </message>
+    <message>
+        <source>JPEG (*.jpg);;PNG (*.png)</source>
+        <translation>Obrázek JPEG (*.jpg);;Obrázek PNG (*.png)</translation>
+    </message>
+    <message>
+        <source>Specified file path is not suitable</source>
+        <translation>Zadaná cesta k souboru není vhodná</translation>
+    </message>
+    <message>
+        <source>Save to</source>
+        <translation>Uložit jako</translation>
+    </message>
+    <message>
+        <source>Saving</source>
+        <translation>Ukládání</translation>
+    </message>
+    <message>
+        <source>The folder already holds files of the same names:
+%1
+
+Choose another folder.</source>
+        <translation>Složka již obsahuje soubory se stejnými názvy:
+%1
+
+Zvolte jinou složku.</translation>
+    </message>
+    <message>
+        <source>Copying status</source>
+        <translation>Kopírování souborů</translation>
+    </message>
+    <message>
+        <source>Encoding status</source>
+        <translation>Kódování videa</translation>
+    </message>
+    <message>
+        <source>Encoding</source>
+        <translation>Kódování</translation>
+    </message>
+    <message>
+        <source>Failed to copy track</source>
+        <translation>Trasu se nepodařilo zkopírovat</translation>
+    </message>
+    <message>
+        <source>Сopying completed</source>
+        <translation>Kopírování dokončeno</translation>
+    </message>
+    <message>
+        <source>Failed to copy</source>
+        <translation>Kopírování se nezdařilo</translation>
+    </message>
+    <message>
+        <source>Encoding completed</source>
+        <translation>Kódování dokončeno</translation>
+    </message>
+    <message>
+        <source>Failed to encode.
+
+NOTE:
+Try choose another container type or choose &quot;Only video&quot; option.
+If all else fails choose &quot;Force reencoding&quot;.</source>
+        <translation>Kódování se nezdařilo.
+
+POZNÁMKA:
+Zkuste zvolit jiný typ kontejneru nebo volbu „Pouze video“.
+Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
+    </message>
+    <message>
+        <source>Track saving</source>
+        <translation>Ukládání trasy</translation>
+    </message>
+    <message>
+        <source>Track saving completed</source>
+        <translation>Trasa byla uložena</translation>
+    </message>
+    <message>
+        <source>Failed to save track</source>
+        <translation>Trasu se nepodařilo uložit</translation>
+    </message>
+</context>
+<context>
+    <name>MapWidget</name>
+    <message>
+        <source>Zoom in</source>
+        <translation>Přiblížit</translation>
+    </message>
+    <message>
+        <source>Zoom out</source>
+        <translation>Oddálit</translation>
+    </message>
+</context>
+<context>
+    <name>OpenDialog</name>
+    <message>
+        <source>Open external drive</source>
+        <translation>Otevřít externí disk</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Otevřít</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Zrušit</translation>
+    </message>
+    <message>
+        <source>Specified directory is not suitable</source>
+        <translation>Zvolená složka není vhodná</translation>
+    </message>
+    <message>
+        <source>Open directory</source>
+        <translation>Otevřít složku</translation>
+    </message>
+</context>
+<context>
+    <name>OpenDialogItemModel</name>
+    <message>
+        <source>Choose directory to open</source>
+        <translation>Vybrat složku…</translation>
+    </message>
+</context>
+<context>
+    <name>PlaylistItemModel</name>
+    <message>
+        <source>%1 km</source>
+        <translation>%1 km</translation>
+    </message>
+    <message>
+        <source>%1 km/h</source>
+        <translation>%1 km/h</translation>
+    </message>
+    <message>
+        <source>Start</source>
+        <translation>Začátek</translation>
+    </message>
+    <message>
+        <source>End</source>
+        <translation>Konec</translation>
+    </message>
+    <message>
+        <source>Duration</source>
+        <translation>Délka</translation>
+    </message>
+    <message>
+        <source>Distance</source>
+        <translation>Vzdálenost</translation>
+    </message>
+    <message>
+        <source>Top speed</source>
+        <translation>Max. rychlost</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>Soubor</translation>
+    </message>
+</context>
+<context>
+    <name>PlaylistView</name>
+    <message>
+        <source>Open a memory card, a folder or a video file, or drop one here</source>
+        <translation>Otevřete paměťovou kartu, složku či videosoubor, nebo je sem přetáhněte</translation>
+    </message>
+    <message>
+        <source>Nothing in this list</source>
+        <translation>Seznam je prázdný</translation>
+    </message>
+</context>
+<context>
+    <name>ProgressDialog</name>
+    <message>
+        <source>Cancel</source>
+        <translation>Zrušit</translation>
+    </message>
+    <message>
+        <source>Calculating remaining time...</source>
+        <translation>Výpočet zbývajícího času...</translation>
+    </message>
+    <message>
+        <source>Remaining time: </source>
+        <translation>Zbývá: </translation>
+    </message>
+</context>
+<context>
+    <name>TrackPlot</name>
+    <message>
+        <source>Speed, km/h</source>
+        <translation>Rychlost, km/h</translation>
+    </message>
+    <message>
+        <source>Altitude, m</source>
+        <translation>Výška, m</translation>
+    </message>
+    <message>
+        <source>Satellites</source>
+        <translation>Satelity</translation>
+    </message>
+    <message>
+        <source>HDOP</source>
+        <translation>HDOP</translation>
+    </message>
+    <message>
+        <source>PDOP</source>
+        <translation>PDOP</translation>
+    </message>
+    <message>
+        <source>VDOP</source>
+        <translation>VDOP</translation>
+    </message>
+    <message>
+        <source>No data</source>
+        <translation>Žádná data</translation>
+    </message>
+</context>
+<context>
+    <name>Version check</name>
+    <message>
+        <source>Failed to download updated application</source>
+        <translation>Novou verzi programu se nepodařilo stáhnout</translation>
+    </message>
+    <message>
+        <source>Cannot write to file </source>
+        <translation>Nelze zapsat soubor </translation>
+    </message>
+    <message>
+        <source>Failed to start </source>
+        <translation>Nepodařilo se spustit </translation>
+    </message>
+    <message>
+        <source>A new version is available. Want to update?</source>
+        <translation>Je k dispozici nová verze. Aktualizovat?</translation>
+    </message>
+    <message>
+        <source>Yes</source>
+        <translation>Ano</translation>
+    </message>
+    <message>
+        <source>No</source>
+        <translation>Ne</translation>
+    </message>
+    <message>
+        <source>Application is up-to-date</source>
+        <translation>Program je aktuální</translation>
+    </message>
+</context>
+</TS>

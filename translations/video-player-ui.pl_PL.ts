@@ -1,0 +1,616 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="pl_PL" sourcelanguage="en_US">
+<context>
+    <name>EncodingSettingsDialog</name>
+    <message>
+        <source>Encoding settings</source>
+        <translation>Ustawienia kodowania</translation>
+    </message>
+    <message>
+        <source>Video file options</source>
+        <translation>Opcje pliku wideo</translation>
+    </message>
+    <message>
+        <source>Only video</source>
+        <translation>Tylko wideo</translation>
+    </message>
+    <message>
+        <source>Force reencoding</source>
+        <translation>Wymuś ponowne kodowanie</translation>
+    </message>
+    <message>
+        <source>Container type:</source>
+        <translation>Typ kontenera:</translation>
+    </message>
+    <message>
+        <source>Camera</source>
+        <translation>Kamera</translation>
+    </message>
+    <message>
+        <source>Main</source>
+        <translation>Główna</translation>
+    </message>
+    <message>
+        <source>Rear</source>
+        <translation>Tylna</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Zapisz</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Anuluj</translation>
+    </message>
+    <message>
+        <source>QuickTime file format (*.%1)</source>
+        <translation>Plik QuickTime (*.%1)</translation>
+    </message>
+    <message>
+        <source>Matroska Multimedia file format (*.%1)</source>
+        <translation>Plik Matroska Multimedia (*.%1)</translation>
+    </message>
+    <message>
+        <source>MPEG-4 Part 12 file format (*.%1)</source>
+        <translation>Plik MPEG-4 Part 12 (*.%1)</translation>
+    </message>
+    <message>
+        <source>Cut to</source>
+        <translation>Zapisz fragment jako</translation>
+    </message>
+    <message>
+        <source>File path is empty</source>
+        <translation>Nie podano ścieżki pliku</translation>
+    </message>
+    <message>
+        <source>Invalid file extesion (must be: &apos;%1&apos; )</source>
+        <translation>Nieprawidłowe rozszerzenie pliku (wymagane: „%1”)</translation>
+    </message>
+    <message>
+        <source>Invalid file path</source>
+        <translation>Nieprawidłowa ścieżka pliku</translation>
+    </message>
+</context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <source>&amp;File</source>
+        <translation>&amp;Plik</translation>
+    </message>
+    <message>
+        <source>Open external drive</source>
+        <translation>Otwórz dysk zewnętrzny</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>&amp;Zakończ</translation>
+    </message>
+    <message>
+        <source>Ctrl+Q</source>
+        <translation>Ctrl+Q</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>Pomo&amp;c</translation>
+    </message>
+    <message>
+        <source>Check update</source>
+        <translation>Sprawdź aktualizacje</translation>
+    </message>
+    <message>
+        <source>Updating status</source>
+        <translation>Aktualizacja programu</translation>
+    </message>
+    <message>
+        <source>The storage %1 with the loaded recordings was removed.</source>
+        <translation>Nośnik %1 z otwartymi nagraniami został odłączony.</translation>
+    </message>
+    <message>
+        <source>Lumicor Reelvue</source>
+        <translation>Lumicor Reelvue</translation>
+    </message>
+    <message>
+        <source>Open directory</source>
+        <translation>Otwórz folder</translation>
+    </message>
+    <message>
+        <source>Open file</source>
+        <translation>Otwórz plik</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Zapisz</translation>
+    </message>
+    <message>
+        <source>RIDES</source>
+        <translation>PRZEJAZDY</translation>
+    </message>
+    <message>
+        <source>PARKING</source>
+        <translation>PARKOWANIE</translation>
+    </message>
+    <message>
+        <source>EVENTS</source>
+        <translation>ZDARZENIA</translation>
+    </message>
+    <message>
+        <source>FILES</source>
+        <translation>PLIKI</translation>
+    </message>
+    <message>
+        <source>Unmute</source>
+        <translation>Wyłącz wyciszenie</translation>
+    </message>
+    <message>
+        <source>Mute</source>
+        <translation>Wycisz</translation>
+    </message>
+    <message>
+        <source>Volume</source>
+        <translation>Głośność</translation>
+    </message>
+    <message>
+        <source>Show fullscreen</source>
+        <translation>Pełny ekran</translation>
+    </message>
+    <message>
+        <source>Show normal (not fullscreen)</source>
+        <translation>Wyjdź z pełnego ekranu</translation>
+    </message>
+    <message>
+        <source>Seek to the beginning</source>
+        <translation>Przejdź na początek</translation>
+    </message>
+    <message>
+        <source>Slow down</source>
+        <translation>Wolniej</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Zatrzymaj</translation>
+    </message>
+    <message>
+        <source>Play</source>
+        <translation>Odtwarzaj</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation>Wstrzymaj</translation>
+    </message>
+    <message>
+        <source>Speed up</source>
+        <translation>Szybciej</translation>
+    </message>
+    <message>
+        <source>Seek to the ending</source>
+        <translation>Przejdź na koniec</translation>
+    </message>
+    <message>
+        <source>Start cycle play</source>
+        <translation>Włącz zapętlanie fragmentu</translation>
+    </message>
+    <message>
+        <source>Stop cycle play</source>
+        <translation>Wyłącz zapętlanie fragmentu</translation>
+    </message>
+    <message>
+        <source>Cut and save</source>
+        <translation>Wytnij i zapisz</translation>
+    </message>
+    <message>
+        <source>Rotate</source>
+        <translation>Obróć</translation>
+    </message>
+    <message>
+        <source>Confirm cut</source>
+        <translation>Zatwierdź wycięcie</translation>
+    </message>
+    <message>
+        <source>Reject cut</source>
+        <translation>Odrzuć wycięcie</translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation>&amp;Widok</translation>
+    </message>
+    <message>
+        <source>Show video</source>
+        <translation>Pokaż wideo</translation>
+    </message>
+    <message>
+        <source>Rotate video</source>
+        <translation>Obróć wideo</translation>
+    </message>
+    <message>
+        <source>Time stamps on track</source>
+        <translation>Znaczniki czasu na trasie</translation>
+    </message>
+    <message>
+        <source>Charts</source>
+        <translation>Wykresy</translation>
+    </message>
+    <message>
+        <source>Language</source>
+        <translation>Język</translation>
+    </message>
+    <message>
+        <source>Ctrl+O</source>
+        <translation>Ctrl+O</translation>
+    </message>
+    <message>
+        <source>About</source>
+        <translation>O programie</translation>
+    </message>
+    <message>
+        <source>Main camera</source>
+        <translation>Kamera główna</translation>
+    </message>
+    <message>
+        <source>Rear camera</source>
+        <translation>Kamera tylna</translation>
+    </message>
+    <message>
+        <source>Disabled</source>
+        <translation>Wyłączone</translation>
+    </message>
+    <message>
+        <source>30 seconds</source>
+        <translation>30 sekund</translation>
+    </message>
+    <message>
+        <source>1 minute</source>
+        <translation>1 minuta</translation>
+    </message>
+    <message>
+        <source>5 minutes</source>
+        <translation>5 minut</translation>
+    </message>
+    <message>
+        <source>20 minutes</source>
+        <translation>20 minut</translation>
+    </message>
+    <message>
+        <source>Speed</source>
+        <translation>Prędkość</translation>
+    </message>
+    <message>
+        <source>Altitude</source>
+        <translation>Wysokość</translation>
+    </message>
+    <message>
+        <source>Number of satellites</source>
+        <translation>Liczba satelitów</translation>
+    </message>
+    <message>
+        <source>HDOP</source>
+        <translation>HDOP</translation>
+    </message>
+    <message>
+        <source>VDOP</source>
+        <translation>VDOP</translation>
+    </message>
+    <message>
+        <source>PDOP</source>
+        <translation>PDOP</translation>
+    </message>
+    <message>
+        <source>English</source>
+        <translation>English</translation>
+    </message>
+    <message>
+        <source>Russian</source>
+        <translation>Русский</translation>
+    </message>
+    <message>
+        <source>Polish</source>
+        <translation>Polski</translation>
+    </message>
+    <message>
+        <source>Czech</source>
+        <translation>Čeština</translation>
+    </message>
+    <message>
+        <source>Save video</source>
+        <translation>Zapisz wideo</translation>
+    </message>
+    <message>
+        <source>Save video and track</source>
+        <translation>Zapisz wideo i trasę</translation>
+    </message>
+    <message>
+        <source>Save track</source>
+        <translation>Zapisz trasę</translation>
+    </message>
+    <message>
+        <source>Save video frame</source>
+        <translation>Zapisz klatkę</translation>
+    </message>
+    <message>
+        <source>Save video frame (main camera)</source>
+        <translation>Zapisz klatkę (kamera główna)</translation>
+    </message>
+    <message>
+        <source>Save video frame (rear camera)</source>
+        <translation>Zapisz klatkę (kamera tylna)</translation>
+    </message>
+    <message>
+        <source>Save window</source>
+        <translation>Zapisz zrzut okna</translation>
+    </message>
+    <message>
+        <source>Version %1</source>
+        <translation>Wersja %1</translation>
+    </message>
+    <message>
+        <source>MP4, MOV(*.mp4 *.mov);;MP4(*.mp4);;MOV(*.mov)</source>
+        <translation>Wideo MP4, MOV (*.mp4 *.mov);;MP4 (*.mp4);;MOV (*.mov)</translation>
+    </message>
+    <message>
+        <source>Loading from directory status</source>
+        <translation>Wczytywanie nagrań</translation>
+    </message>
+    <message>
+        <source>Failed to load</source>
+        <translation>Nie udało się wczytać</translation>
+    </message>
+    <message>
+        <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
+        <translation>We wskazanej lokalizacji nie ma plików wideo, a struktury podfolderów brak lub jest nieprawidłowa</translation>
+    </message>
+    <message>
+        <source>Open a memory card, a folder or a video file</source>
+        <translation>Otwórz kartę pamięci, folder lub plik wideo</translation>
+    </message>
+    <message>
+        <source>Active camera(s) is(are) not available.</source>
+        <translation>Wybrane kamery są niedostępne.</translation>
+    </message>
+    <message>
+        <source>Save image to</source>
+        <translation>Zapisz obraz jako</translation>
+    </message>
+    <message>
+        <source>JPEG (*.jpg);;PNG (*.png)</source>
+        <translation>Obraz JPEG (*.jpg);;Obraz PNG (*.png)</translation>
+    </message>
+    <message>
+        <source>Specified file path is not suitable</source>
+        <translation>Wskazana ścieżka pliku jest nieodpowiednia</translation>
+    </message>
+    <message>
+        <source>Save to</source>
+        <translation>Zapisz jako</translation>
+    </message>
+    <message>
+        <source>Saving</source>
+        <translation>Zapisywanie</translation>
+    </message>
+    <message>
+        <source>The folder already holds files of the same names:
+%1
+
+Choose another folder.</source>
+        <translation>Folder zawiera już pliki o tych nazwach:
+%1
+
+Wybierz inny folder.</translation>
+    </message>
+    <message>
+        <source>Copying status</source>
+        <translation>Kopiowanie plików</translation>
+    </message>
+    <message>
+        <source>Encoding status</source>
+        <translation>Kodowanie wideo</translation>
+    </message>
+    <message>
+        <source>Encoding</source>
+        <translation>Kodowanie</translation>
+    </message>
+    <message>
+        <source>Failed to copy track</source>
+        <translation>Nie udało się skopiować trasy</translation>
+    </message>
+    <message>
+        <source>Сopying completed</source>
+        <translation>Kopiowanie zakończone</translation>
+    </message>
+    <message>
+        <source>Failed to copy</source>
+        <translation>Kopiowanie nie powiodło się</translation>
+    </message>
+    <message>
+        <source>Encoding completed</source>
+        <translation>Kodowanie zakończone</translation>
+    </message>
+    <message>
+        <source>Failed to encode.
+
+NOTE:
+Try choose another container type or choose &quot;Only video&quot; option.
+If all else fails choose &quot;Force reencoding&quot;.</source>
+        <translation>Kodowanie nie powiodło się.
+
+UWAGA:
+Spróbuj wybrać inny typ kontenera lub opcję „Tylko wideo”.
+Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
+    </message>
+    <message>
+        <source>Track saving</source>
+        <translation>Zapisywanie trasy</translation>
+    </message>
+    <message>
+        <source>Track saving completed</source>
+        <translation>Trasa została zapisana</translation>
+    </message>
+    <message>
+        <source>Failed to save track</source>
+        <translation>Nie udało się zapisać trasy</translation>
+    </message>
+</context>
+<context>
+    <name>MapWidget</name>
+    <message>
+        <source>Zoom in</source>
+        <translation>Powiększ</translation>
+    </message>
+    <message>
+        <source>Zoom out</source>
+        <translation>Pomniejsz</translation>
+    </message>
+</context>
+<context>
+    <name>OpenDialog</name>
+    <message>
+        <source>Open external drive</source>
+        <translation>Otwórz dysk zewnętrzny</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Otwórz</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Anuluj</translation>
+    </message>
+    <message>
+        <source>Specified directory is not suitable</source>
+        <translation>Wybrany folder nie jest odpowiedni</translation>
+    </message>
+    <message>
+        <source>Open directory</source>
+        <translation>Otwórz folder</translation>
+    </message>
+</context>
+<context>
+    <name>OpenDialogItemModel</name>
+    <message>
+        <source>Choose directory to open</source>
+        <translation>Wybierz folder…</translation>
+    </message>
+</context>
+<context>
+    <name>PlaylistItemModel</name>
+    <message>
+        <source>%1 km</source>
+        <translation>%1 km</translation>
+    </message>
+    <message>
+        <source>%1 km/h</source>
+        <translation>%1 km/h</translation>
+    </message>
+    <message>
+        <source>Start</source>
+        <translation>Początek</translation>
+    </message>
+    <message>
+        <source>End</source>
+        <translation>Koniec</translation>
+    </message>
+    <message>
+        <source>Duration</source>
+        <translation>Czas trwania</translation>
+    </message>
+    <message>
+        <source>Distance</source>
+        <translation>Dystans</translation>
+    </message>
+    <message>
+        <source>Top speed</source>
+        <translation>Prędkość maks.</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>Plik</translation>
+    </message>
+</context>
+<context>
+    <name>PlaylistView</name>
+    <message>
+        <source>Open a memory card, a folder or a video file, or drop one here</source>
+        <translation>Otwórz kartę pamięci, folder lub plik wideo albo przeciągnij je tutaj</translation>
+    </message>
+    <message>
+        <source>Nothing in this list</source>
+        <translation>Lista jest pusta</translation>
+    </message>
+</context>
+<context>
+    <name>ProgressDialog</name>
+    <message>
+        <source>Cancel</source>
+        <translation>Anuluj</translation>
+    </message>
+    <message>
+        <source>Calculating remaining time...</source>
+        <translation>Obliczanie pozostałego czasu...</translation>
+    </message>
+    <message>
+        <source>Remaining time: </source>
+        <translation>Pozostało: </translation>
+    </message>
+</context>
+<context>
+    <name>TrackPlot</name>
+    <message>
+        <source>Speed, km/h</source>
+        <translation>Prędkość, km/h</translation>
+    </message>
+    <message>
+        <source>Altitude, m</source>
+        <translation>Wysokość, m</translation>
+    </message>
+    <message>
+        <source>Satellites</source>
+        <translation>Satelity</translation>
+    </message>
+    <message>
+        <source>HDOP</source>
+        <translation>HDOP</translation>
+    </message>
+    <message>
+        <source>PDOP</source>
+        <translation>PDOP</translation>
+    </message>
+    <message>
+        <source>VDOP</source>
+        <translation>VDOP</translation>
+    </message>
+    <message>
+        <source>No data</source>
+        <translation>Brak danych</translation>
+    </message>
+</context>
+<context>
+    <name>Version check</name>
+    <message>
+        <source>Failed to download updated application</source>
+        <translation>Nie udało się pobrać nowej wersji programu</translation>
+    </message>
+    <message>
+        <source>Cannot write to file </source>
+        <translation>Nie można zapisać pliku </translation>
+    </message>
+    <message>
+        <source>Failed to start </source>
+        <translation>Nie udało się uruchomić </translation>
+    </message>
+    <message>
+        <source>A new version is available. Want to update?</source>
+        <translation>Dostępna jest nowa wersja. Zaktualizować?</translation>
+    </message>
+    <message>
+        <source>Yes</source>
+        <translation>Tak</translation>
+    </message>
+    <message>
+        <source>No</source>
+        <translation>Nie</translation>
+    </message>
+    <message>
+        <source>Application is up-to-date</source>
+        <translation>Program jest aktualny</translation>
+    </message>
+</context>
+</TS>

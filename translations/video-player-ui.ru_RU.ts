@@ -1,0 +1,616 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="ru_RU" sourcelanguage="en_US">
+<context>
+    <name>EncodingSettingsDialog</name>
+    <message>
+        <source>Encoding settings</source>
+        <translation>Параметры кодирования</translation>
+    </message>
+    <message>
+        <source>Video file options</source>
+        <translation>Параметры видеофайла</translation>
+    </message>
+    <message>
+        <source>Only video</source>
+        <translation>Только видео</translation>
+    </message>
+    <message>
+        <source>Force reencoding</source>
+        <translation>Принудительное перекодирование</translation>
+    </message>
+    <message>
+        <source>Container type:</source>
+        <translation>Тип контейнера:</translation>
+    </message>
+    <message>
+        <source>Camera</source>
+        <translation>Камера</translation>
+    </message>
+    <message>
+        <source>Main</source>
+        <translation>Основная</translation>
+    </message>
+    <message>
+        <source>Rear</source>
+        <translation>Задняя</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Сохранить</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Отмена</translation>
+    </message>
+    <message>
+        <source>QuickTime file format (*.%1)</source>
+        <translation>Файл QuickTime (*.%1)</translation>
+    </message>
+    <message>
+        <source>Matroska Multimedia file format (*.%1)</source>
+        <translation>Файл Matroska Multimedia (*.%1)</translation>
+    </message>
+    <message>
+        <source>MPEG-4 Part 12 file format (*.%1)</source>
+        <translation>Файл MPEG-4 Part 12 (*.%1)</translation>
+    </message>
+    <message>
+        <source>Cut to</source>
+        <translation>Сохранить фрагмент как</translation>
+    </message>
+    <message>
+        <source>File path is empty</source>
+        <translation>Не указан путь к файлу</translation>
+    </message>
+    <message>
+        <source>Invalid file extesion (must be: &apos;%1&apos; )</source>
+        <translation>Неверное расширение файла (нужно «%1»)</translation>
+    </message>
+    <message>
+        <source>Invalid file path</source>
+        <translation>Недопустимый путь к файлу</translation>
+    </message>
+</context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <source>&amp;File</source>
+        <translation>&amp;Файл</translation>
+    </message>
+    <message>
+        <source>Open external drive</source>
+        <translation>Открыть внешний диск</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>&amp;Выход</translation>
+    </message>
+    <message>
+        <source>Ctrl+Q</source>
+        <translation>Ctrl+Q</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Справка</translation>
+    </message>
+    <message>
+        <source>Check update</source>
+        <translation>Проверить обновления</translation>
+    </message>
+    <message>
+        <source>Updating status</source>
+        <translation>Обновление программы</translation>
+    </message>
+    <message>
+        <source>The storage %1 with the loaded recordings was removed.</source>
+        <translation>Накопитель %1 с открытыми записями был извлечён.</translation>
+    </message>
+    <message>
+        <source>Lumicor Reelvue</source>
+        <translation>Lumicor Reelvue</translation>
+    </message>
+    <message>
+        <source>Open directory</source>
+        <translation>Открыть папку</translation>
+    </message>
+    <message>
+        <source>Open file</source>
+        <translation>Открыть файл</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Сохранить</translation>
+    </message>
+    <message>
+        <source>RIDES</source>
+        <translation>ПОЕЗДКИ</translation>
+    </message>
+    <message>
+        <source>PARKING</source>
+        <translation>ПАРКОВКА</translation>
+    </message>
+    <message>
+        <source>EVENTS</source>
+        <translation>СОБЫТИЯ</translation>
+    </message>
+    <message>
+        <source>FILES</source>
+        <translation>ФАЙЛЫ</translation>
+    </message>
+    <message>
+        <source>Unmute</source>
+        <translation>Включить звук</translation>
+    </message>
+    <message>
+        <source>Mute</source>
+        <translation>Выключить звук</translation>
+    </message>
+    <message>
+        <source>Volume</source>
+        <translation>Громкость</translation>
+    </message>
+    <message>
+        <source>Show fullscreen</source>
+        <translation>Во весь экран</translation>
+    </message>
+    <message>
+        <source>Show normal (not fullscreen)</source>
+        <translation>Выйти из полноэкранного режима</translation>
+    </message>
+    <message>
+        <source>Seek to the beginning</source>
+        <translation>Перейти в начало</translation>
+    </message>
+    <message>
+        <source>Slow down</source>
+        <translation>Медленнее</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Стоп</translation>
+    </message>
+    <message>
+        <source>Play</source>
+        <translation>Воспроизвести</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation>Пауза</translation>
+    </message>
+    <message>
+        <source>Speed up</source>
+        <translation>Быстрее</translation>
+    </message>
+    <message>
+        <source>Seek to the ending</source>
+        <translation>Перейти в конец</translation>
+    </message>
+    <message>
+        <source>Start cycle play</source>
+        <translation>Включить повтор фрагмента</translation>
+    </message>
+    <message>
+        <source>Stop cycle play</source>
+        <translation>Выключить повтор фрагмента</translation>
+    </message>
+    <message>
+        <source>Cut and save</source>
+        <translation>Вырезать и сохранить</translation>
+    </message>
+    <message>
+        <source>Rotate</source>
+        <translation>Повернуть</translation>
+    </message>
+    <message>
+        <source>Confirm cut</source>
+        <translation>Подтвердить вырезание</translation>
+    </message>
+    <message>
+        <source>Reject cut</source>
+        <translation>Отменить вырезание</translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation>&amp;Вид</translation>
+    </message>
+    <message>
+        <source>Show video</source>
+        <translation>Показать видео</translation>
+    </message>
+    <message>
+        <source>Rotate video</source>
+        <translation>Повернуть видео</translation>
+    </message>
+    <message>
+        <source>Time stamps on track</source>
+        <translation>Метки времени на треке</translation>
+    </message>
+    <message>
+        <source>Charts</source>
+        <translation>Графики</translation>
+    </message>
+    <message>
+        <source>Language</source>
+        <translation>Язык</translation>
+    </message>
+    <message>
+        <source>Ctrl+O</source>
+        <translation>Ctrl+O</translation>
+    </message>
+    <message>
+        <source>About</source>
+        <translation>О программе</translation>
+    </message>
+    <message>
+        <source>Main camera</source>
+        <translation>Основная камера</translation>
+    </message>
+    <message>
+        <source>Rear camera</source>
+        <translation>Задняя камера</translation>
+    </message>
+    <message>
+        <source>Disabled</source>
+        <translation>Отключены</translation>
+    </message>
+    <message>
+        <source>30 seconds</source>
+        <translation>30 секунд</translation>
+    </message>
+    <message>
+        <source>1 minute</source>
+        <translation>1 минута</translation>
+    </message>
+    <message>
+        <source>5 minutes</source>
+        <translation>5 минут</translation>
+    </message>
+    <message>
+        <source>20 minutes</source>
+        <translation>20 минут</translation>
+    </message>
+    <message>
+        <source>Speed</source>
+        <translation>Скорость</translation>
+    </message>
+    <message>
+        <source>Altitude</source>
+        <translation>Высота</translation>
+    </message>
+    <message>
+        <source>Number of satellites</source>
+        <translation>Число спутников</translation>
+    </message>
+    <message>
+        <source>HDOP</source>
+        <translation>HDOP</translation>
+    </message>
+    <message>
+        <source>VDOP</source>
+        <translation>VDOP</translation>
+    </message>
+    <message>
+        <source>PDOP</source>
+        <translation>PDOP</translation>
+    </message>
+    <message>
+        <source>English</source>
+        <translation>English</translation>
+    </message>
+    <message>
+        <source>Russian</source>
+        <translation>Русский</translation>
+    </message>
+    <message>
+        <source>Polish</source>
+        <translation>Polski</translation>
+    </message>
+    <message>
+        <source>Czech</source>
+        <translation>Čeština</translation>
+    </message>
+    <message>
+        <source>Save video</source>
+        <translation>Сохранить видео</translation>
+    </message>
+    <message>
+        <source>Save video and track</source>
+        <translation>Сохранить видео и трек</translation>
+    </message>
+    <message>
+        <source>Save track</source>
+        <translation>Сохранить трек</translation>
+    </message>
+    <message>
+        <source>Save video frame</source>
+        <translation>Сохранить кадр</translation>
+    </message>
+    <message>
+        <source>Save video frame (main camera)</source>
+        <translation>Сохранить кадр (основная камера)</translation>
+    </message>
+    <message>
+        <source>Save video frame (rear camera)</source>
+        <translation>Сохранить кадр (задняя камера)</translation>
+    </message>
+    <message>
+        <source>Save window</source>
+        <translation>Сохранить снимок окна</translation>
+    </message>
+    <message>
+        <source>Version %1</source>
+        <translation>Версия %1</translation>
+    </message>
+    <message>
+        <source>MP4, MOV(*.mp4 *.mov);;MP4(*.mp4);;MOV(*.mov)</source>
+        <translation>Видео MP4, MOV (*.mp4 *.mov);;MP4 (*.mp4);;MOV (*.mov)</translation>
+    </message>
+    <message>
+        <source>Loading from directory status</source>
+        <translation>Загрузка записей</translation>
+    </message>
+    <message>
+        <source>Failed to load</source>
+        <translation>Не удалось загрузить</translation>
+    </message>
+    <message>
+        <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
+        <translation>По указанному пути нет видеофайлов, а структура вложенных папок отсутствует или неверна</translation>
+    </message>
+    <message>
+        <source>Open a memory card, a folder or a video file</source>
+        <translation>Откройте карту памяти, папку или видеофайл</translation>
+    </message>
+    <message>
+        <source>Active camera(s) is(are) not available.</source>
+        <translation>Выбранные камеры недоступны.</translation>
+    </message>
+    <message>
+        <source>Save image to</source>
+        <translation>Сохранить изображение как</translation>
+    </message>
+    <message>
+        <source>JPEG (*.jpg);;PNG (*.png)</source>
+        <translation>Изображение JPEG (*.jpg);;Изображение PNG (*.png)</translation>
+    </message>
+    <message>
+        <source>Specified file path is not suitable</source>
+        <translation>Указанный путь к файлу не подходит</translation>
+    </message>
+    <message>
+        <source>Save to</source>
+        <translation>Сохранить как</translation>
+    </message>
+    <message>
+        <source>Saving</source>
+        <translation>Сохранение</translation>
+    </message>
+    <message>
+        <source>The folder already holds files of the same names:
+%1
+
+Choose another folder.</source>
+        <translation>В папке уже есть файлы с такими именами:
+%1
+
+Выберите другую папку.</translation>
+    </message>
+    <message>
+        <source>Copying status</source>
+        <translation>Копирование файлов</translation>
+    </message>
+    <message>
+        <source>Encoding status</source>
+        <translation>Кодирование видео</translation>
+    </message>
+    <message>
+        <source>Encoding</source>
+        <translation>Кодирование</translation>
+    </message>
+    <message>
+        <source>Failed to copy track</source>
+        <translation>Не удалось скопировать трек</translation>
+    </message>
+    <message>
+        <source>Сopying completed</source>
+        <translation>Копирование завершено</translation>
+    </message>
+    <message>
+        <source>Failed to copy</source>
+        <translation>Не удалось скопировать</translation>
+    </message>
+    <message>
+        <source>Encoding completed</source>
+        <translation>Кодирование завершено</translation>
+    </message>
+    <message>
+        <source>Failed to encode.
+
+NOTE:
+Try choose another container type or choose &quot;Only video&quot; option.
+If all else fails choose &quot;Force reencoding&quot;.</source>
+        <translation>Не удалось закодировать видео.
+
+ПРИМЕЧАНИЕ:
+Попробуйте выбрать другой тип контейнера или параметр «Только видео».
+Если это не поможет, выберите «Принудительное перекодирование».</translation>
+    </message>
+    <message>
+        <source>Track saving</source>
+        <translation>Сохранение трека</translation>
+    </message>
+    <message>
+        <source>Track saving completed</source>
+        <translation>Трек сохранён</translation>
+    </message>
+    <message>
+        <source>Failed to save track</source>
+        <translation>Не удалось сохранить трек</translation>
+    </message>
+</context>
+<context>
+    <name>MapWidget</name>
+    <message>
+        <source>Zoom in</source>
+        <translation>Приблизить</translation>
+    </message>
+    <message>
+        <source>Zoom out</source>
+        <translation>Отдалить</translation>
+    </message>
+</context>
+<context>
+    <name>OpenDialog</name>
+    <message>
+        <source>Open external drive</source>
+        <translation>Открыть внешний диск</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Открыть</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Отмена</translation>
+    </message>
+    <message>
+        <source>Specified directory is not suitable</source>
+        <translation>Выбранная папка не подходит</translation>
+    </message>
+    <message>
+        <source>Open directory</source>
+        <translation>Открыть папку</translation>
+    </message>
+</context>
+<context>
+    <name>OpenDialogItemModel</name>
+    <message>
+        <source>Choose directory to open</source>
+        <translation>Выбрать папку…</translation>
+    </message>
+</context>
+<context>
+    <name>PlaylistItemModel</name>
+    <message>
+        <source>%1 km</source>
+        <translation>%1 км</translation>
+    </message>
+    <message>
+        <source>%1 km/h</source>
+        <translation>%1 км/ч</translation>
+    </message>
+    <message>
+        <source>Start</source>
+        <translation>Начало</translation>
+    </message>
+    <message>
+        <source>End</source>
+        <translation>Конец</translation>
+    </message>
+    <message>
+        <source>Duration</source>
+        <translation>Длительность</translation>
+    </message>
+    <message>
+        <source>Distance</source>
+        <translation>Расстояние</translation>
+    </message>
+    <message>
+        <source>Top speed</source>
+        <translation>Макс. скорость</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>Файл</translation>
+    </message>
+</context>
+<context>
+    <name>PlaylistView</name>
+    <message>
+        <source>Open a memory card, a folder or a video file, or drop one here</source>
+        <translation>Откройте карту памяти, папку или видеофайл либо перетащите их сюда</translation>
+    </message>
+    <message>
+        <source>Nothing in this list</source>
+        <translation>Список пуст</translation>
+    </message>
+</context>
+<context>
+    <name>ProgressDialog</name>
+    <message>
+        <source>Cancel</source>
+        <translation>Отмена</translation>
+    </message>
+    <message>
+        <source>Calculating remaining time...</source>
+        <translation>Оценка оставшегося времени...</translation>
+    </message>
+    <message>
+        <source>Remaining time: </source>
+        <translation>Осталось: </translation>
+    </message>
+</context>
+<context>
+    <name>TrackPlot</name>
+    <message>
+        <source>Speed, km/h</source>
+        <translation>Скорость, км/ч</translation>
+    </message>
+    <message>
+        <source>Altitude, m</source>
+        <translation>Высота, м</translation>
+    </message>
+    <message>
+        <source>Satellites</source>
+        <translation>Спутники</translation>
+    </message>
+    <message>
+        <source>HDOP</source>
+        <translation>HDOP</translation>
+    </message>
+    <message>
+        <source>PDOP</source>
+        <translation>PDOP</translation>
+    </message>
+    <message>
+        <source>VDOP</source>
+        <translation>VDOP</translation>
+    </message>
+    <message>
+        <source>No data</source>
+        <translation>Нет данных</translation>
+    </message>
+</context>
+<context>
+    <name>Version check</name>
+    <message>
+        <source>Failed to download updated application</source>
+        <translation>Не удалось загрузить новую версию программы</translation>
+    </message>
+    <message>
+        <source>Cannot write to file </source>
+        <translation>Не удаётся записать файл </translation>
+    </message>
+    <message>
+        <source>Failed to start </source>
+        <translation>Не удалось запустить </translation>
+    </message>
+    <message>
+        <source>A new version is available. Want to update?</source>
+        <translation>Доступна новая версия. Обновить?</translation>
+    </message>
+    <message>
+        <source>Yes</source>
+        <translation>Да</translation>
+    </message>
+    <message>
+        <source>No</source>
+        <translation>Нет</translation>
+    </message>
+    <message>
+        <source>Application is up-to-date</source>
+        <translation>Установлена последняя версия программы</translation>
+    </message>
+</context>
+</TS>
