@@ -22,6 +22,7 @@ namespace {
 
 class OpenDialogTest : public testing::Test {
 protected:
+    testsupport::MountTestLock mountLock; // its cards would show in other tests' watchers
     void SetUp() override { stub->initialScanFinished(); }
 
     void deliver() { waitUntil([] { return false; }, 30); }
