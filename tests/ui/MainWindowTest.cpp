@@ -23,6 +23,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QProcess>
 #include <QPushButton>
@@ -248,10 +249,17 @@ TEST_F(MainWindowTest, switching_to_russian_translates_the_menus_and_the_chosen_
     EXPECT_FALSE(english->isEnabled());
     ASSERT_EQ(menuFile->title(), QStringLiteral("&File"));
 
+    // The language is chosen where a user finds it: View > Language.
+    auto* menuView = child<QMenu>(*window, "menuView");
+    auto* menuLanguage = child<QMenu>(*window, "menuLanguage");
+    ASSERT_TRUE(menuView->actions().contains(menuLanguage->menuAction()));
+    ASSERT_TRUE(menuLanguage->actions().contains(russian));
     russian->trigger();
     EXPECT_NE(menuFile->title(), QStringLiteral("&File"));
     EXPECT_FALSE(russian->isEnabled());
     EXPECT_TRUE(english->isEnabled());
+    QMessageBox box; // Qt's own buttons follow too
+    EXPECT_NE(box.addButton(QMessageBox::Cancel)->text(), QStringLiteral("Cancel"));
     EXPECT_EQ(QSettings(kOrganizationName, kApplicationName).value("locale").toString(), QStringLiteral("ru_RU"));
 
     english->trigger();

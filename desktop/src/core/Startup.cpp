@@ -4,8 +4,10 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QLibraryInfo>
 #include <QLocale>
 #include <QSettings>
+#include <QTranslator>
 
 namespace {
 constexpr const char* kLogger = "ui.Main";
@@ -65,6 +67,11 @@ QDir resourceDirectory() {
     if (current.exists(QStringLiteral("map/dist/index.html")))
         return current;
     return QDir(QCoreApplication::applicationDirPath());
+}
+
+bool loadQtTranslation(QTranslator& translator, const QLocale& locale) {
+    return translator.load(locale, QStringLiteral("qtbase"), QStringLiteral("_"),
+                           QLibraryInfo::location(QLibraryInfo::TranslationsPath));
 }
 
 void provideWebChannelScript(const QDir& resources) {

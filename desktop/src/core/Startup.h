@@ -1,6 +1,9 @@
 // Start-up helpers shared by the player and the command-line tool: locale choice, Qt diagnostics, resources.
 #pragma once
 
+class QLocale;
+class QTranslator;
+
 #include <QDir>
 #include <QString>
 #include <QtGlobal>
@@ -14,6 +17,9 @@ void qtMessageHandler(QtMsgType type, const QMessageLogContext& context, const Q
 // Where the run-time resources (map/dist, media, translations) are: the working directory when it holds
 // the map page, else the directory of the executable.
 QDir resourceDirectory();
+
+// Loads Qt's own texts (standard buttons, file dialogs) for the locale from Qt's translations directory.
+bool loadQtTranslation(QTranslator& translator, const QLocale& locale);
 
 // Copies Qt's web-channel script beside the map page unless one is there already. Failures are ignored.
 void provideWebChannelScript(const QDir& resources);

@@ -1,6 +1,8 @@
 // The modal dialog in which the user chooses how a cut of video is saved.
 #include "ui/EncodingSettingsDialog.h"
 
+#include "ui/Icons.h"
+
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QFile>
@@ -67,7 +69,7 @@ EncodingSettingsDialog::EncodingSettingsDialog(QWidget* parent, const QString& f
     m_filePathEdit = named(new QLineEdit, "filePathEdit");
     m_filePathEdit->setMinimumWidth(420);
     m_filePathButton = named(new QToolButton, "filePathButton");
-    m_filePathButton->setIcon(QIcon(QStringLiteral("media/ic_folder.png")));
+    m_filePathButton->setIcon(reelvueIcon(QStringLiteral("open-directory")));
     auto* bottomLayout = named(new QHBoxLayout, "bottomHLayout");
     bottomLayout->addWidget(m_filePathEdit);
     bottomLayout->addWidget(m_filePathButton);

@@ -62,9 +62,12 @@ int main(int argc, char** argv) {
     (void)translator->load(QLocale(), QStringLiteral("video-player-ui"), QStringLiteral("."),
                            resources.absolutePath() + QLatin1Char('/'), QStringLiteral(".qm"));
     QCoreApplication::installTranslator(translator.get());
+    auto qtTranslator = std::make_unique<QTranslator>();
+    if (loadQtTranslation(*qtTranslator, QLocale()))
+        QCoreApplication::installTranslator(qtTranslator.get());
 
     auto window = std::make_unique<MainWindow>();
-    window->setStartupTranslator(translator.get());
+    window->setStartupTranslators({translator.get(), qtTranslator.get()});
     window->show();
     if (!options.openPath.isEmpty()) {
         const QFileInfo path(options.openPath);
@@ -76,6 +79,7 @@ int main(int argc, char** argv) {
     const int exitCode = app->exec();
     window.reset();
     translator.reset();
+    qtTranslator.reset();
     app.reset();
     return exitCode;
 }

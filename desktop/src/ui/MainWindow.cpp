@@ -488,9 +488,13 @@ void MainWindow::changeLanguage(const QLocale& locale) {
     LOG_INFO(kLogger, "Changing locale to '{}'", locale.name().toStdString());
     QLocale::setDefault(locale);
     // The start-up translation and an earlier choice give way, so that English really is English.
-    if (m_startupTranslator)
-        QCoreApplication::removeTranslator(m_startupTranslator);
+    for (const QPointer<QTranslator>& translator : m_startupTranslators)
+        if (translator)
+            QCoreApplication::removeTranslator(translator);
     QCoreApplication::removeTranslator(&m_translator);
+    QCoreApplication::removeTranslator(&m_qtTranslator);
+    if (loadQtTranslation(m_qtTranslator, locale))
+        QCoreApplication::installTranslator(&m_qtTranslator);
     const QString directory = resourceDirectory().absolutePath() + QLatin1Char('/');
     if (m_translator.load(QLocale(), QStringLiteral("video-player-ui"), QStringLiteral("."), directory, QStringLiteral(".qm")))
         QCoreApplication::installTranslator(&m_translator);

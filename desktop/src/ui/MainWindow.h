@@ -61,7 +61,9 @@ public:
     };
     void setFileChoosers(FileChoosers choosers) { m_fileChoosers = std::move(choosers); }
     // The start-up translation of the window, kept so a language change can replace it.
-    void setStartupTranslator(QTranslator* translator) { m_startupTranslator = translator; }
+    void setStartupTranslators(const std::vector<QTranslator*>& translators) {
+        m_startupTranslators.assign(translators.begin(), translators.end());
+    }
 
 public slots:
     // Both are invoked by name, queued, from the storage and drop paths.
@@ -225,7 +227,8 @@ private:
     bool m_mainCameraVisible = true;
     bool m_rearCameraVisible = true;
     QTranslator m_translator;
-    QPointer<QTranslator> m_startupTranslator;
+    QTranslator m_qtTranslator; // Qt's own texts in the chosen language
+    std::vector<QPointer<QTranslator>> m_startupTranslators;
     QThread m_workerThread;
 
     MapWidgetAdapter* m_map = nullptr;
