@@ -38,6 +38,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QScreen>
+#include <QSet>
 #include <QSettings>
 #include <QShortcut>
 #include <QStandardPaths>
@@ -1072,12 +1073,18 @@ void MainWindow::saveImage(const std::function<bool(const QString&)>& write, con
 // ---------------------------------------------------------------------------------------------------------
 // Saving items, tracks and cuts
 
-bool MainWindow::hasItems(const char* method) const {
+bool MainWindow::hasController(const char* method) const {
     if (!m_playbackController) {
         LOG_WARN(kLogger, "MainWindow::{}() has been called without m_playbackController", method);
         return false;
     }
     return true;
+}
+
+// Where saved videos go first: the last folder used, else the user's movies.
+QString MainWindow::saveDirectory() const {
+    return m_lastSaveDirectory.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::MoviesLocation)
+                                         : m_lastSaveDirectory;
 }
 
 // The part the user chose on the plots while cutting, else the whole item.
@@ -1094,11 +1101,9 @@ void MainWindow::onSavePlaylistItem() { copyItemFiles(true); }
 void MainWindow::onSaveVideo() { copyItemFiles(false); }
 
 void MainWindow::copyItemFiles(bool withTracks) {
-    if (!hasItems("onSavePlaylistItem") || m_progressDialog)
+    if (!hasController("onSavePlaylistItem") || m_progressDialog)
         return;
-    const QString start = m_lastSaveDirectory.isEmpty()
-                              ? QStandardPaths::writableLocation(QStandardPaths::MoviesLocation)
-                              : m_lastSaveDirectory;
+    const QString start = saveDirectory();
     const Playlist::RawItems items = exportpaths::itemsOverlapping(m_playbackController->items(), saveInterval());
     for (;;) {
         const QString directory = m_fileChoosers.existingDirectory(this, tr("Save to"), start);
@@ -1107,12 +1112,12 @@ void MainWindow::copyItemFiles(bool withTracks) {
         m_lastSaveDirectory = directory;
         FileCopierCommandVector commands = exportpaths::copyCommands(items, directory);
         if (!withTracks) {
+            QSet<QString> trackFiles;
+            for (const Playlist::RawItemPtr& item : items)
+                if (item->track)
+                    trackFiles.insert(item->track->file.absoluteFilePath());
             commands.erase(std::remove_if(commands.begin(), commands.end(),
-                                          [&items](const auto& command) {
-                                              return std::any_of(items.begin(), items.end(), [&](const Playlist::RawItemPtr& item) {
-                                                  return item->track && item->track->file.absoluteFilePath() == command.first;
-                                              });
-                                          }),
+                                          [&trackFiles](const auto& command) { return trackFiles.contains(command.first); }),
                            commands.end());
         }
         const QStringList existing = exportpaths::existingDestinations(commands);
@@ -1171,21 +1176,19 @@ void MainWindow::setCutMode(bool on) {
     const bool cyclePlay = m_playbackController && m_playbackController->isCyclePlayActive();
     m_intervalSelector->setActive(on || cyclePlay);
     // The selector lives on the plots: without a visible plot there is nothing to choose on.
-    if (on && m_plots.count(PlotType::Speed) && !m_plots[PlotType::Speed].action->isChecked() &&
+    if (on && m_plots.count(PlotType::Speed) &&
         std::none_of(m_plots.begin(), m_plots.end(), [](const auto& entry) { return entry.second.action && entry.second.action->isChecked(); }))
         m_plots[PlotType::Speed].action->setChecked(true);
 }
 
 void MainWindow::cutCurrentItem() {
-    if (!hasItems("cutCurrentItem") || m_progressDialog || m_playbackController->items().empty())
+    if (!hasController("cutCurrentItem") || m_progressDialog || m_playbackController->items().empty())
         return;
     const TimeInterval interval = saveInterval();
     LOG_INFO(kLogger, "Cut from {} to {}", interval.from.toString(Qt::ISODate).toStdString(),
              interval.to.toString(Qt::ISODate).toStdString());
     const Playlist::RawItems items = exportpaths::itemsOverlapping(m_playbackController->items(), interval);
-    const QString start = m_lastSaveDirectory.isEmpty()
-                              ? QStandardPaths::writableLocation(QStandardPaths::MoviesLocation)
-                              : m_lastSaveDirectory;
+    const QString start = saveDirectory();
     const QString proposal = QDir(start).filePath(exportpaths::proposedFileName(interval, QStringLiteral("mp4")));
     EncodingSettingsDialog dialog(this, proposal, hasRearCamera(items));
     if (dialog.exec() != QDialog::Accepted)

@@ -200,7 +200,9 @@ private:
                    const QDateTime& positionTime);
     void copyItemFiles(bool withTracks);
     TimeInterval saveInterval() const;
-    bool hasItems(const char* method) const;
+    // False, with the warning naming the method, when nothing plays.
+    bool hasController(const char* method) const;
+    QString saveDirectory() const;
     void startJob(QObject* job, const QString& title, const char* doneSlot);
     void finishJob();
     void startCutEncoder();
