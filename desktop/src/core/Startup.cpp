@@ -1,5 +1,6 @@
 #include "core/Startup.h"
 
+#include "core/SettingsKeys.h"
 #include "logging/Logging.h"
 
 #include <QCoreApplication>
@@ -27,7 +28,7 @@ int logLevelOf(QtMsgType type) {
 
 QString chooseLocaleName() {
     const QString systemName = QLocale::system().name();
-    const QVariant configured = QSettings(kOrganizationName, kApplicationName).value(QStringLiteral("locale"));
+    const QVariant configured = QSettings(kOrganizationName, kApplicationName).value(settingskeys::kLocale);
     LOG_DEBUG(kLogger, "System locale '{}'", systemName.toStdString());
     LOG_DEBUG(kLogger, "Configured locale '{}'", configured.toString().toStdString());
 

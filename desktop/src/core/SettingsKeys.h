@@ -1,0 +1,16 @@
+// The keys of the user settings store, in one place: the window's layout and choices and start-up's locale.
+#pragma once
+
+#include <QLatin1String>
+
+namespace settingskeys {
+constexpr QLatin1String kGeometry("mainWindowGeometry");
+constexpr QLatin1String kState("mainWindowState");
+constexpr QLatin1String kMainSplitter("mainSplitterState");
+constexpr QLatin1String kLeftSplitter("leftContainerSplitterState");
+constexpr QLatin1String kMiddleSplitter("middleContainerSplitterState");
+constexpr QLatin1String kPlots("plotsVisibilityState");
+constexpr QLatin1String kMainCamera("mainCameraVisibilityState");
+constexpr QLatin1String kRearCamera("rearCameraVisibilityState");
+constexpr QLatin1String kLocale("locale");
+} // namespace settingskeys
