@@ -1,0 +1,284 @@
+#include "ui/ExportController.h"
+
+#include "ui_MainWindow.h"
+
+#include "av/VideoWidget.h"
+#include "core/ExportPaths.h"
+#include "core/FileCopier.h"
+#include "core/TrackExtracter.h"
+#include "core/encoding/Coder.h"
+#include "core/encoding/CutNaming.h"
+#include "core/encoding/Remuxer.h"
+#include "logging/Logging.h"
+#include "ui/EncodingSettingsDialog.h"
+#include "ui/PlaybackController.h"
+#include "ui/PlaybackSession.h"
+#include "ui/PlotIntervalSelector.h"
+#include "ui/PlotPanel.h"
+
+#include <QDir>
+#include <QMenu>
+#include <QMessageBox>
+#include <QSet>
+#include <QStandardPaths>
+
+#include <algorithm>
+
+namespace {
+constexpr const char* kLogger = "ui.MainWindow"; // its lines are the window's
+// Shares of a cut's progress bar: the track copy is small beside the video.
+constexpr int kTrackCopyWeight = 1;
+constexpr int kVideoWeight = 19;
+
+bool hasRearCamera(const Playlist::RawItems& items) {
+    return std::any_of(items.begin(), items.end(), [](const Playlist::RawItemPtr& item) { return item->rearVideo.has_value(); });
+}
+
+bool hasTrack(const Playlist::RawItems& items) {
+    return std::any_of(items.begin(), items.end(), [](const Playlist::RawItemPtr& item) { return item->track.has_value(); });
+}
+} // namespace
+
+ExportController::ExportController(Ui::MainWindow& ui, PlaybackSession* session, PlotPanel* plots, JobRunner* jobs,
+                                   const FileChoosers& choosers, QWidget* window)
+    : QObject(window), m_ui(ui), m_session(session), m_plots(plots), m_jobs(jobs), m_choosers(choosers),
+      m_window(window), m_saveMenu(new QMenu(window)) {
+    // The save button offers the item's original files and its track in every format.
+    m_saveMenu->setObjectName(QStringLiteral("saveMenu"));
+    QAction* saveVideo = m_saveMenu->addAction(QString());
+    saveVideo->setObjectName(QStringLiteral("actionSaveVideo"));
+    connect(saveVideo, &QAction::triggered, this, &ExportController::saveVideo);
+    QAction* saveVideoAndTrack = m_saveMenu->addAction(QString());
+    saveVideoAndTrack->setObjectName(QStringLiteral("actionSaveVideoAndTrack"));
+    connect(saveVideoAndTrack, &QAction::triggered, this, &ExportController::saveItem);
+    QMenu* trackMenu = m_saveMenu->addMenu(QString());
+    trackMenu->setObjectName(QStringLiteral("saveTrackMenu"));
+    for (int format : {TrackExtracter::Nmea, TrackExtracter::Kml, TrackExtracter::Csv, TrackExtracter::Gpx,
+                       TrackExtracter::Plt}) {
+        QAction* action = trackMenu->addAction(TrackExtracter::extension(TrackExtracter::TrackType(format)).toUpper());
+        action->setObjectName(QStringLiteral("actionSaveTrack%1").arg(format));
+        connect(action, &QAction::triggered, this, [this, format] { saveTrack(format); });
+    }
+    ui.saveButton->setMenu(m_saveMenu);
+    ui.saveItemButton->setEnabled(false);
+    ui.cutButtonContainer->hide();
+    ui.cutOnButton->hide();
+
+    connect(ui.saveItemButton, &QToolButton::clicked, this, &ExportController::saveItem);
+    connect(ui.cutButton, &QToolButton::clicked, this, &ExportController::enterCutMode);
+    connect(ui.cutOnButton, &QToolButton::clicked, this, &ExportController::leaveCutMode);
+    connect(ui.confirmCutButton, &QToolButton::clicked, this, &ExportController::cut);
+    connect(ui.rejectCutButton, &QToolButton::clicked, this, &ExportController::leaveCutMode);
+}
+
+void ExportController::retranslate() {
+    const QList<QAction*> actions = m_saveMenu->actions();
+    actions[0]->setText(tr("Save video"));
+    actions[1]->setText(tr("Save video and track"));
+    actions[2]->setText(tr("Save track"));
+}
+
+void ExportController::onControllerChanged(PlaybackController* controller) {
+    if (!controller && m_cutMode)
+        setCutMode(false);
+}
+
+bool ExportController::hasController(const char* method) const {
+    if (!m_session->controller()) {
+        LOG_WARN(kLogger, "MainWindow::{}() has been called without m_playbackController", method);
+        return false;
+    }
+    return true;
+}
+
+// Where saved videos go first: the last folder used, else the user's movies.
+QString ExportController::saveDirectory() const {
+    return m_lastSaveDirectory.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::MoviesLocation)
+                                         : m_lastSaveDirectory;
+}
+
+TimeInterval ExportController::saveInterval() const {
+    PlaybackController* controller = m_session->controller();
+    if (m_cutMode || controller->isCyclePlayActive()) {
+        const auto [from, to] = m_plots->intervalSelector()->interval();
+        return TimeInterval{from, to};
+    }
+    return TimeInterval{controller->from(), controller->to()};
+}
+
+bool ExportController::wasCanceled(const JobRunner::Endings& endings) {
+    if (std::find(endings.begin(), endings.end(), JobRunner::Ending::Canceled) == endings.end())
+        return false;
+    LOG_INFO(kLogger, "The background operation was canceled");
+    return true;
+}
+
+void ExportController::saveItem() { copyItemFiles(true); }
+
+void ExportController::saveVideo() { copyItemFiles(false); }
+
+void ExportController::copyItemFiles(bool withTracks) {
+    if (!hasController("onSavePlaylistItem") || m_jobs->isBusy())
+        return;
+    const Playlist::RawItems items = exportpaths::itemsOverlapping(m_session->controller()->items(), saveInterval());
+    for (;;) {
+        const QString directory = m_choosers.existingDirectory(m_window, tr("Save to"), saveDirectory());
+        if (directory.isEmpty())
+            return;
+        m_lastSaveDirectory = directory;
+        FileCopierCommandVector commands = exportpaths::copyCommands(items, directory);
+        if (!withTracks) {
+            QSet<QString> trackFiles;
+            for (const Playlist::RawItemPtr& item : items)
+                if (item->track)
+                    trackFiles.insert(item->track->file.absoluteFilePath());
+            commands.erase(std::remove_if(commands.begin(), commands.end(),
+                                          [&trackFiles](const auto& command) { return trackFiles.contains(command.first); }),
+                           commands.end());
+        }
+        const QStringList existing = exportpaths::existingDestinations(commands);
+        if (!existing.isEmpty()) {
+            // Recordings are evidence: an existing file is never replaced.
+            QMessageBox::warning(m_window, tr("Saving"),
+                                 tr("The folder already holds files of the same names:\n%1\n\nChoose another folder.")
+                                     .arg(existing.mid(0, 5).join(QLatin1Char('\n'))));
+            continue;
+        }
+        LOG_INFO(kLogger, "Copy {} files to {}", commands.size(), directory.toStdString());
+        auto* copier = new FileCopier;
+        m_jobs->run(tr("Copying status"), {JobRunner::step(copier, [copier, commands] { copier->copy(commands); })},
+                    [this](const JobRunner::Endings& endings) {
+                        if (!wasCanceled(endings))
+                            onCopyingDone(endings.front() == JobRunner::Ending::Done);
+                    });
+        return;
+    }
+}
+
+void ExportController::saveTrack(int format) {
+    PlaybackController* controller = m_session->controller();
+    if (!controller) {
+        LOG_WARN(kLogger, "MainWindow::onSaveTrack() called when there is no m_playbackController");
+        return;
+    }
+    if (controller->items().empty()) {
+        LOG_WARN(kLogger, "MainWindow::onSaveTrack() called with no raw items");
+        return;
+    }
+    if (m_jobs->isBusy())
+        return;
+    const auto type = static_cast<TrackExtracter::TrackType>(format);
+    const TimeInterval interval = saveInterval();
+    const QString name = exportpaths::proposedFileName(interval, TrackExtracter::extension(type));
+    const QString start = QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
+    const QString path = m_choosers.saveFileName(m_window, tr("Save to"), QDir(start).filePath(name), QString());
+    if (path.isEmpty())
+        return;
+    auto* job = new TrackExtracter(controller->items(), path, type, interval);
+    m_jobs->run(tr("Encoding status"), {JobRunner::step(job, [job] { job->run(); })},
+                [this](const JobRunner::Endings& endings) {
+                    if (!wasCanceled(endings))
+                        onTrackSaveDone(endings.front() == JobRunner::Ending::Done);
+                });
+}
+
+void ExportController::enterCutMode() {
+    if (m_session->controller())
+        setCutMode(true);
+}
+
+void ExportController::leaveCutMode() { setCutMode(false); }
+
+void ExportController::setCutMode(bool on) {
+    m_cutMode = on;
+    m_ui.cutButtonContainer->setVisible(on);
+    m_ui.cutButton->setVisible(!on);
+    m_ui.cutOnButton->setVisible(on);
+    m_ui.cutOnButton->setChecked(true);
+    emit cutModeChanged(on);
+    // The selector lives on the plots: without a visible plot there is nothing to choose on.
+    if (on)
+        m_plots->ensureOneShown();
+}
+
+void ExportController::cut() {
+    if (!hasController("cutCurrentItem") || m_jobs->isBusy() || m_session->controller()->items().empty())
+        return;
+    const TimeInterval interval = saveInterval();
+    LOG_INFO(kLogger, "Cut from {} to {}", interval.from.toString(Qt::ISODate).toStdString(),
+             interval.to.toString(Qt::ISODate).toStdString());
+    const Playlist::RawItems items = exportpaths::itemsOverlapping(m_session->controller()->items(), interval);
+    const QString proposal = QDir(saveDirectory()).filePath(exportpaths::proposedFileName(interval, QStringLiteral("mp4")));
+    EncodingSettingsDialog dialog(m_window, proposal, hasRearCamera(items));
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    EncodingSettings settings = dialog.settings();
+    m_lastSaveDirectory = QFileInfo(settings.filePath).absolutePath();
+    const int cameras = hasRearCamera(items) ? 2 : 1;
+    if (settings.camera < 0 || settings.camera >= cameras) {
+        LOG_ERROR(kLogger, "Camera No. can't be {}, number of cameras is {}", settings.camera, cameras);
+        return;
+    }
+    settings.rotation = encoding::rotationFromOrientation(m_session->output(settings.camera)->orientation());
+    setCutMode(false);
+    startCut(items, interval, settings);
+}
+
+// The track goes beside the video first: it is small, and the cut is worth little without it. Both run as one
+// job: one progress window, one Cancel; a failed track copy does not stop the video.
+void ExportController::startCut(const Playlist::RawItems& items, const TimeInterval& interval,
+                                const EncodingSettings& settings) {
+    QString trackPath = exportpaths::trackPathBesideVideo(settings.filePath);
+    std::vector<JobRunner::Step> steps;
+    if (!hasTrack(items) || QFileInfo::exists(trackPath)) {
+        LOG_INFO(kLogger, "No track copy beside {}: {}", settings.filePath.toStdString(),
+                 hasTrack(items) ? "a file of that name exists" : "the recordings have no track");
+        trackPath.clear();
+    } else {
+        auto* trackCopy = new TrackExtracter(items, trackPath, TrackExtracter::Nmea, interval);
+        steps.push_back(JobRunner::step(trackCopy, [trackCopy] { trackCopy->run(); }, kTrackCopyWeight, true));
+    }
+    BaseEncoder* encoder = settings.forceReencoding ? static_cast<BaseEncoder*>(new Coder(items, interval, settings))
+                                                    : new Remuxer(items, interval, settings);
+    steps.push_back(JobRunner::step(encoder, [encoder] { encoder->encode(); }, kVideoWeight));
+    m_jobs->run(tr("Encoding status"), std::move(steps), [this, trackPath](const JobRunner::Endings& endings) {
+        const bool copiedTrack = !trackPath.isEmpty() && endings.front() == JobRunner::Ending::Done;
+        if (!trackPath.isEmpty())
+            LOG_DEBUG(kLogger, "onTrackCopyDone ok: {}", endings.front() == JobRunner::Ending::Done);
+        const bool videoDone = endings.back() == JobRunner::Ending::Done;
+        // A track copied for a video that was then not written would be a stray file.
+        if (copiedTrack && !videoDone && QFile::remove(trackPath))
+            LOG_INFO(kLogger, "Removed the track copy {} of the unfinished cut", trackPath.toStdString());
+        if (wasCanceled(endings))
+            return;
+        if (!trackPath.isEmpty() && endings.front() == JobRunner::Ending::Failed)
+            QMessageBox::warning(m_window, tr("Encoding"), tr("Failed to copy track"));
+        onEncodeDone(videoDone);
+    });
+}
+
+void ExportController::onCopyingDone(bool ok) {
+    LOG_DEBUG(kLogger, "onCopyingDone ok: {}", ok);
+    if (ok)
+        QMessageBox::information(m_window, tr("Saving"), tr("Сopying completed"));
+    else
+        QMessageBox::warning(m_window, tr("Saving"), tr("Failed to copy"));
+}
+
+void ExportController::onEncodeDone(bool ok) {
+    LOG_DEBUG(kLogger, "onEncodeDone ok: {}", ok);
+    if (ok)
+        QMessageBox::information(m_window, tr("Encoding"), tr("Encoding completed"));
+    else
+        QMessageBox::warning(m_window, tr("Encoding"),
+                             tr("Failed to encode.\n\nNOTE:\nTry choose another container type or choose \"Only "
+                                "video\" option.\nIf all else fails choose \"Force reencoding\"."));
+}
+
+void ExportController::onTrackSaveDone(bool ok) {
+    LOG_DEBUG(kLogger, "onTrackSaveDone ok: {}", ok);
+    if (ok)
+        QMessageBox::information(m_window, tr("Track saving"), tr("Track saving completed"));
+    else
+        QMessageBox::warning(m_window, tr("Track saving"), tr("Failed to save track"));
+}

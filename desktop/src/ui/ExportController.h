@@ -1,0 +1,72 @@
+// Saving what plays: the cut (its video and the track beside it), the item's original files, and its track in
+// any export format; cut mode with its confirm and reject strip.
+//
+// Lives on the GUI thread. Owns the save menu, the cut mode and the folder last saved to; the jobs themselves
+// run through the JobRunner. A cut's track copy and its video run as one job, under one progress window.
+#pragma once
+
+#include "core/EncodingSettings.h"
+#include "core/Playlist.h"
+#include "core/TimeInterval.h"
+#include "ui/FileChoosers.h"
+#include "ui/JobRunner.h"
+
+#include <QObject>
+
+namespace Ui {
+class MainWindow;
+}
+class PlaybackController;
+class PlaybackSession;
+class PlotPanel;
+class QMenu;
+class QWidget;
+
+class ExportController : public QObject {
+    Q_OBJECT
+public:
+    ExportController(Ui::MainWindow& ui, PlaybackSession* session, PlotPanel* plots, JobRunner* jobs,
+                     const FileChoosers& choosers, QWidget* window);
+
+    bool isCutMode() const { return m_cutMode; }
+    // The part the user chose on the plots while cutting or cycling, else the whole item.
+    TimeInterval saveInterval() const;
+
+public slots:
+    void saveItem();  // the original videos and tracks
+    void saveVideo(); // the original videos alone
+    void saveTrack(int format);
+    void enterCutMode();
+    void leaveCutMode();
+    void cut(); // asks for the encoding settings, then saves the interval
+    void onControllerChanged(PlaybackController* controller);
+    void retranslate();
+
+    // The ends of the jobs: a box tells the user.
+    void onCopyingDone(bool ok);
+    void onEncodeDone(bool ok);
+    void onTrackSaveDone(bool ok);
+
+signals:
+    void cutModeChanged(bool on);
+
+private:
+    void copyItemFiles(bool withTracks);
+    void setCutMode(bool on);
+    // False, with the warning naming the method, when nothing plays.
+    bool hasController(const char* method) const;
+    QString saveDirectory() const;
+    void startCut(const Playlist::RawItems& items, const TimeInterval& interval, const EncodingSettings& settings);
+    // True, after logging it, when the user canceled.
+    static bool wasCanceled(const JobRunner::Endings& endings);
+
+    Ui::MainWindow& m_ui;
+    PlaybackSession* m_session;
+    PlotPanel* m_plots;
+    JobRunner* m_jobs;
+    const FileChoosers& m_choosers;
+    QWidget* m_window;
+    QMenu* m_saveMenu;
+    bool m_cutMode = false;
+    QString m_lastSaveDirectory;
+};

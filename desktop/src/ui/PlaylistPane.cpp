@@ -1,0 +1,160 @@
+#include "ui/PlaylistPane.h"
+
+#include "core/PlaylistItemModel.h"
+#include "core/PlaylistLoader.h"
+#include "logging/Logging.h"
+#include "ui/JobRunner.h"
+#include "ui/PlaylistView.h"
+#include "ui/QPlaylistTabWidget.h"
+
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+
+#include <algorithm>
+
+namespace {
+constexpr const char* kLogger = "ui.MainWindow"; // its lines are the window's
+} // namespace
+
+PlaylistPane::PlaylistPane(QPlaylistTabWidget* tabs, std::vector<PlaylistView*> views, JobRunner* jobs,
+                           const FileChoosers& choosers, QWidget* window)
+    : QObject(window), m_tabs(tabs), m_views(std::move(views)), m_jobs(jobs), m_choosers(choosers), m_window(window) {
+    // A drop is loaded once the drop event has returned, as the storage path does.
+    connect(m_tabs, &QPlaylistTabWidget::dropToPlaylist, this, [this](const QString& path) {
+        const bool isDirectory = QFileInfo(path).isDir();
+        QMetaObject::invokeMethod(this, [this, path, isDirectory] { isDirectory ? loadDirectory(path) : loadFile(path); },
+                                  Qt::QueuedConnection);
+    });
+    for (PlaylistView* view : m_views)
+        connect(view, &PlaylistView::itemChosen, this, [this, view](int index) { choose(view, index); });
+}
+
+PlaylistPane::~PlaylistPane() {
+    for (PlaylistView* view : m_views) // the views outlive the models
+        view->setModel(nullptr);
+}
+
+void PlaylistPane::openDirectory() {
+    const QString path = m_choosers.existingDirectory(m_window, tr("Open directory"), m_loadingPath);
+    if (!path.isEmpty())
+        loadDirectory(path);
+}
+
+void PlaylistPane::openFile() {
+    const QString path = QFileDialog::getOpenFileName(m_window, tr("Open file"), m_loadingPath,
+                                                      tr("MP4, MOV(*.mp4 *.mov);;MP4(*.mp4);;MOV(*.mov)"));
+    if (!path.isEmpty())
+        loadFile(path);
+}
+
+void PlaylistPane::loadDirectory(const QString& path) {
+    LOG_INFO(kLogger, "Open directory {}", path.toStdString());
+    startLoading(path, false);
+}
+
+void PlaylistPane::loadFile(const QString& path) {
+    LOG_INFO(kLogger, "Open file {}", path.toStdString());
+    startLoading(path, true);
+}
+
+void PlaylistPane::startLoading(const QString& path, bool isFile) {
+    if (m_jobs->isBusy()) {
+        LOG_WARN(kLogger, "Can't open {} while another operation runs", path.toStdString());
+        return;
+    }
+    auto* loader = new PlaylistLoader;
+    m_loaded.reset();
+    m_loadedModels.clear();
+    m_loadFailure.clear();
+    // Kept here first; the runner, connected after, then reports the end.
+    connect(loader, &PlaylistLoader::loaded, this,
+            [this](Playlist* playlist, PlaylistProcessedItemModel* trips, PlaylistProcessedItemModel* parking,
+                   PlaylistRawItemModel* events, PlaylistRawItemModel* files) {
+                m_loaded.reset(playlist);
+                m_loadedModels.clear();
+                for (PlaylistItemModel* model : std::initializer_list<PlaylistItemModel*>{trips, parking, events, files})
+                    m_loadedModels.emplace_back(model);
+            });
+    connect(loader, &PlaylistLoader::failed, this, [this](const QString& message) { m_loadFailure = message; });
+    m_loadingPath = path;
+    const auto start = [loader, path, isFile] { isFile ? loader->loadFile(path) : loader->loadDirectory(path); };
+    m_jobs->run(tr("Loading from directory status"), {JobRunner::step(loader, start)}, [this](const JobRunner::Endings& endings) {
+        if (endings.front() == JobRunner::Ending::Canceled) {
+            LOG_INFO(kLogger, "Loading {} canceled", m_loadingPath.toStdString());
+            return;
+        }
+        if (endings.front() == JobRunner::Ending::Done && m_loaded && !m_loaded->rawItems().empty()) {
+            show(std::move(m_loaded), std::move(m_loadedModels));
+            return;
+        }
+        m_loaded.reset();
+        m_loadedModels.clear();
+        if (!m_loadFailure.isEmpty())
+            LOG_WARN(kLogger, "Loading {} failed: {}", m_loadingPath.toStdString(), m_loadFailure.toStdString());
+        QMessageBox::warning(m_window, tr("Failed to load"),
+                             tr("In the path specified there are no video files and the nested subfolder structure is "
+                                "missing or incorrect"));
+    });
+}
+
+void PlaylistPane::show(std::unique_ptr<Playlist> playlist, std::vector<std::unique_ptr<PlaylistItemModel>> models) {
+    clear();
+    m_playlist = std::move(playlist);
+    m_models = std::move(models);
+    for (size_t i = 0; i < m_views.size(); ++i)
+        m_views[i]->setModel(m_models[i].get());
+    emit loadedPathChanged(m_loadingPath);
+
+    // The first trip plays at once; a card without trips starts with its first recording.
+    for (size_t i = 0; i < m_views.size(); ++i) {
+        if (m_models[i]->itemCount() > 0) {
+            m_tabs->setCurrentIndex(static_cast<int>(i));
+            const QSignalBlocker quiet(m_views[i]); // the choice is made right here
+            m_views[i]->selectItem(0);
+            choose(m_views[i], 0);
+            break;
+        }
+    }
+}
+
+void PlaylistPane::clear() {
+    emit closed();
+    for (PlaylistView* view : m_views)
+        view->setModel(nullptr);
+    m_models.clear();
+    m_playlist.reset();
+    m_playingView = nullptr;
+    m_playingItem = -1;
+    emit loadedPathChanged(QString());
+}
+
+void PlaylistPane::choose(PlaylistView* view, int index) {
+    const auto tab = static_cast<size_t>(std::find(m_views.begin(), m_views.end(), view) - m_views.begin());
+    if (tab >= m_models.size())
+        return;
+    m_playingView = view;
+    m_playingItem = index;
+    if (auto* processed = dynamic_cast<PlaylistProcessedItemModel*>(m_models[tab].get())) {
+        if (index >= 0 && index < processed->itemCount()) {
+            const Playlist::ProcessedItemPtr& item = processed->items()[index];
+            emit itemChosen(item->items, item->from, item->to);
+        }
+    } else if (auto* raw = dynamic_cast<PlaylistRawItemModel*>(m_models[tab].get())) {
+        if (index >= 0 && index < raw->itemCount()) {
+            const Playlist::RawItemPtr& item = raw->items()[index];
+            emit itemChosen({item}, item->from, item->to);
+        }
+    }
+}
+
+bool PlaylistPane::step(int step) {
+    PlaylistView* view = m_playingView ? m_playingView
+                                       : m_views.at(static_cast<size_t>(std::max(0, m_tabs->currentIndex())));
+    const int index = m_playingItem + step;
+    const QSignalBlocker quiet(view); // the choice is made right here
+    if (!view->selectItem(index))
+        return false;
+    choose(view, index);
+    return true;
+}

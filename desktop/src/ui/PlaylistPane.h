@@ -1,0 +1,71 @@
+// The playlist side of the window: loading a card, folder, file or drop, the four item tables, and choosing
+// and stepping through their items.
+//
+// Lives on the GUI thread. Owns the loaded playlist and its four models (trips, parking, events, files), shown
+// in the borrowed tab widget's tables; the loading itself runs on the JobRunner's worker thread.
+#pragma once
+
+#include "core/Playlist.h"
+#include "ui/FileChoosers.h"
+
+#include <QDateTime>
+#include <QObject>
+
+#include <memory>
+#include <vector>
+
+class JobRunner;
+class PlaylistItemModel;
+class PlaylistView;
+class QPlaylistTabWidget;
+class QWidget;
+
+class PlaylistPane : public QObject {
+    Q_OBJECT
+public:
+    PlaylistPane(QPlaylistTabWidget* tabs, std::vector<PlaylistView*> views, JobRunner* jobs,
+                 const FileChoosers& choosers, QWidget* window);
+    ~PlaylistPane() override;
+
+    const std::vector<PlaylistView*>& views() const { return m_views; }
+    bool isLoaded() const { return m_playlist != nullptr; }
+
+public slots:
+    void loadDirectory(const QString& path);
+    void loadFile(const QString& path);
+    void openDirectory(); // asks for a folder, then loads it
+    void openFile();
+    // Forgets the playlist: empty tables, nothing plays.
+    void clear();
+    // Chooses the item `step` places from the one that plays (0: that one again) in its table; false when there
+    // is none.
+    bool step(int step);
+
+signals:
+    // The user or the pane chose an item: play these recordings over [from, to].
+    void itemChosen(const Playlist::RawItems& items, const QDateTime& from, const QDateTime& to);
+    // Nothing is to play any more.
+    void closed();
+    // The path whose playlist is shown; empty when none is.
+    void loadedPathChanged(const QString& path);
+
+private:
+    void startLoading(const QString& path, bool isFile);
+    void show(std::unique_ptr<Playlist> playlist, std::vector<std::unique_ptr<PlaylistItemModel>> models);
+    void choose(PlaylistView* view, int index);
+
+    QPlaylistTabWidget* m_tabs;
+    std::vector<PlaylistView*> m_views; // trips, parking, events, files
+    JobRunner* m_jobs;
+    const FileChoosers& m_choosers;
+    QWidget* m_window;
+    std::unique_ptr<Playlist> m_playlist;
+    std::vector<std::unique_ptr<PlaylistItemModel>> m_models; // as m_views
+    PlaylistView* m_playingView = nullptr;                    // the table of the item that plays
+    int m_playingItem = -1;
+    QString m_loadingPath; // of the last load started
+    // What the running load delivered, kept until the runner reports its end.
+    std::unique_ptr<Playlist> m_loaded;
+    std::vector<std::unique_ptr<PlaylistItemModel>> m_loadedModels;
+    QString m_loadFailure;
+};
