@@ -73,6 +73,91 @@
     </message>
 </context>
 <context>
+    <name>ExportController</name>
+    <message>
+        <source>Save video</source>
+        <translation>Uložit video</translation>
+    </message>
+    <message>
+        <source>Save video and track</source>
+        <translation>Uložit video a trasu</translation>
+    </message>
+    <message>
+        <source>Save track</source>
+        <translation>Uložit trasu</translation>
+    </message>
+    <message>
+        <source>Save to</source>
+        <translation>Uložit jako</translation>
+    </message>
+    <message>
+        <source>Saving</source>
+        <translation>Ukládání</translation>
+    </message>
+    <message>
+        <source>The folder already holds files of the same names:
+%1
+
+Choose another folder.</source>
+        <translation>Složka již obsahuje soubory se stejnými názvy:
+%1
+
+Zvolte jinou složku.</translation>
+    </message>
+    <message>
+        <source>Copying status</source>
+        <translation>Kopírování souborů</translation>
+    </message>
+    <message>
+        <source>Encoding status</source>
+        <translation>Kódování videa</translation>
+    </message>
+    <message>
+        <source>Encoding</source>
+        <translation>Kódování</translation>
+    </message>
+    <message>
+        <source>Failed to copy track</source>
+        <translation>Trasu se nepodařilo zkopírovat</translation>
+    </message>
+    <message>
+        <source>Сopying completed</source>
+        <translation>Kopírování dokončeno</translation>
+    </message>
+    <message>
+        <source>Failed to copy</source>
+        <translation>Kopírování se nezdařilo</translation>
+    </message>
+    <message>
+        <source>Encoding completed</source>
+        <translation>Kódování dokončeno</translation>
+    </message>
+    <message>
+        <source>Failed to encode.
+
+NOTE:
+Try choose another container type or choose &quot;Only video&quot; option.
+If all else fails choose &quot;Force reencoding&quot;.</source>
+        <translation>Kódování se nezdařilo.
+
+POZNÁMKA:
+Zkuste zvolit jiný typ kontejneru nebo volbu „Pouze video“.
+Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
+    </message>
+    <message>
+        <source>Track saving</source>
+        <translation>Ukládání trasy</translation>
+    </message>
+    <message>
+        <source>Track saving completed</source>
+        <translation>Trasa byla uložena</translation>
+    </message>
+    <message>
+        <source>Failed to save track</source>
+        <translation>Trasu se nepodařilo uložit</translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
     <message>
         <source>&amp;File</source>
@@ -101,10 +186,6 @@
     <message>
         <source>Updating status</source>
         <translation>Aktualizace programu</translation>
-    </message>
-    <message>
-        <source>The storage %1 with the loaded recordings was removed.</source>
-        <translation>Úložiště %1 s otevřenými záznamy bylo odpojeno.</translation>
     </message>
     <message>
         <source>Lumicor Reelvue</source>
@@ -311,142 +392,8 @@
         <translation>Čeština</translation>
     </message>
     <message>
-        <source>Save video</source>
-        <translation>Uložit video</translation>
-    </message>
-    <message>
-        <source>Save video and track</source>
-        <translation>Uložit video a trasu</translation>
-    </message>
-    <message>
-        <source>Save track</source>
-        <translation>Uložit trasu</translation>
-    </message>
-    <message>
-        <source>Save video frame</source>
-        <translation>Uložit snímek</translation>
-    </message>
-    <message>
-        <source>Save video frame (main camera)</source>
-        <translation>Uložit snímek (hlavní kamera)</translation>
-    </message>
-    <message>
-        <source>Save video frame (rear camera)</source>
-        <translation>Uložit snímek (zadní kamera)</translation>
-    </message>
-    <message>
-        <source>Save window</source>
-        <translation>Uložit snímek okna</translation>
-    </message>
-    <message>
         <source>Version %1</source>
         <translation>Verze %1</translation>
-    </message>
-    <message>
-        <source>MP4, MOV(*.mp4 *.mov);;MP4(*.mp4);;MOV(*.mov)</source>
-        <translation>Video MP4, MOV (*.mp4 *.mov);;MP4 (*.mp4);;MOV (*.mov)</translation>
-    </message>
-    <message>
-        <source>Loading from directory status</source>
-        <translation>Načítání záznamů</translation>
-    </message>
-    <message>
-        <source>Failed to load</source>
-        <translation>Načtení se nezdařilo</translation>
-    </message>
-    <message>
-        <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
-        <translation>V zadaném umístění nejsou žádné videosoubory a struktura podsložek chybí nebo je nesprávná</translation>
-    </message>
-    <message>
-        <source>Open a memory card, a folder or a video file</source>
-        <translation>Otevřete paměťovou kartu, složku nebo videosoubor</translation>
-    </message>
-    <message>
-        <source>Active camera(s) is(are) not available.</source>
-        <translation>Zvolené kamery nejsou k dispozici.</translation>
-    </message>
-    <message>
-        <source>Save image to</source>
-        <translation>Uložit obrázek jako</translation>
-    </message>
-    <message>
-        <source>JPEG (*.jpg);;PNG (*.png)</source>
-        <translation>Obrázek JPEG (*.jpg);;Obrázek PNG (*.png)</translation>
-    </message>
-    <message>
-        <source>Specified file path is not suitable</source>
-        <translation>Zadaná cesta k souboru není vhodná</translation>
-    </message>
-    <message>
-        <source>Save to</source>
-        <translation>Uložit jako</translation>
-    </message>
-    <message>
-        <source>Saving</source>
-        <translation>Ukládání</translation>
-    </message>
-    <message>
-        <source>The folder already holds files of the same names:
-%1
-
-Choose another folder.</source>
-        <translation>Složka již obsahuje soubory se stejnými názvy:
-%1
-
-Zvolte jinou složku.</translation>
-    </message>
-    <message>
-        <source>Copying status</source>
-        <translation>Kopírování souborů</translation>
-    </message>
-    <message>
-        <source>Encoding status</source>
-        <translation>Kódování videa</translation>
-    </message>
-    <message>
-        <source>Encoding</source>
-        <translation>Kódování</translation>
-    </message>
-    <message>
-        <source>Failed to copy track</source>
-        <translation>Trasu se nepodařilo zkopírovat</translation>
-    </message>
-    <message>
-        <source>Сopying completed</source>
-        <translation>Kopírování dokončeno</translation>
-    </message>
-    <message>
-        <source>Failed to copy</source>
-        <translation>Kopírování se nezdařilo</translation>
-    </message>
-    <message>
-        <source>Encoding completed</source>
-        <translation>Kódování dokončeno</translation>
-    </message>
-    <message>
-        <source>Failed to encode.
-
-NOTE:
-Try choose another container type or choose &quot;Only video&quot; option.
-If all else fails choose &quot;Force reencoding&quot;.</source>
-        <translation>Kódování se nezdařilo.
-
-POZNÁMKA:
-Zkuste zvolit jiný typ kontejneru nebo volbu „Pouze video“.
-Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
-    </message>
-    <message>
-        <source>Track saving</source>
-        <translation>Ukládání trasy</translation>
-    </message>
-    <message>
-        <source>Track saving completed</source>
-        <translation>Trasa byla uložena</translation>
-    </message>
-    <message>
-        <source>Failed to save track</source>
-        <translation>Trasu se nepodařilo uložit</translation>
     </message>
 </context>
 <context>
@@ -491,6 +438,48 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
     </message>
 </context>
 <context>
+    <name>PictureSaver</name>
+    <message>
+        <source>Save video frame</source>
+        <translation>Uložit snímek</translation>
+    </message>
+    <message>
+        <source>Save video frame (main camera)</source>
+        <translation>Uložit snímek (hlavní kamera)</translation>
+    </message>
+    <message>
+        <source>Save video frame (rear camera)</source>
+        <translation>Uložit snímek (zadní kamera)</translation>
+    </message>
+    <message>
+        <source>Save window</source>
+        <translation>Uložit snímek okna</translation>
+    </message>
+    <message>
+        <source>Save image to</source>
+        <translation>Uložit obrázek jako</translation>
+    </message>
+    <message>
+        <source>JPEG (*.jpg);;PNG (*.png)</source>
+        <translation>Obrázek JPEG (*.jpg);;Obrázek PNG (*.png)</translation>
+    </message>
+    <message>
+        <source>Specified file path is not suitable</source>
+        <translation>Zadaná cesta k souboru není vhodná</translation>
+    </message>
+</context>
+<context>
+    <name>PlaybackSession</name>
+    <message>
+        <source>Open a memory card, a folder or a video file</source>
+        <translation>Otevřete paměťovou kartu, složku nebo videosoubor</translation>
+    </message>
+    <message>
+        <source>Active camera(s) is(are) not available.</source>
+        <translation>Zvolené kamery nejsou k dispozici.</translation>
+    </message>
+</context>
+<context>
     <name>PlaylistItemModel</name>
     <message>
         <source>%1 km</source>
@@ -526,6 +515,33 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
     </message>
 </context>
 <context>
+    <name>PlaylistPane</name>
+    <message>
+        <source>Open directory</source>
+        <translation>Otevřít složku</translation>
+    </message>
+    <message>
+        <source>Open file</source>
+        <translation>Otevřít soubor</translation>
+    </message>
+    <message>
+        <source>MP4, MOV(*.mp4 *.mov);;MP4(*.mp4);;MOV(*.mov)</source>
+        <translation>Video MP4, MOV (*.mp4 *.mov);;MP4 (*.mp4);;MOV (*.mov)</translation>
+    </message>
+    <message>
+        <source>Loading from directory status</source>
+        <translation>Načítání záznamů</translation>
+    </message>
+    <message>
+        <source>Failed to load</source>
+        <translation>Načtení se nezdařilo</translation>
+    </message>
+    <message>
+        <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
+        <translation>V zadaném umístění nejsou žádné videosoubory a struktura podsložek chybí nebo je nesprávná</translation>
+    </message>
+</context>
+<context>
     <name>PlaylistView</name>
     <message>
         <source>Open a memory card, a folder or a video file, or drop one here</source>
@@ -549,6 +565,13 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
     <message>
         <source>Remaining time: </source>
         <translation>Zbývá: </translation>
+    </message>
+</context>
+<context>
+    <name>StorageOpener</name>
+    <message>
+        <source>The storage %1 with the loaded recordings was removed.</source>
+        <translation>Úložiště %1 s otevřenými záznamy bylo odpojeno.</translation>
     </message>
 </context>
 <context>

@@ -73,6 +73,91 @@
     </message>
 </context>
 <context>
+    <name>ExportController</name>
+    <message>
+        <source>Save video</source>
+        <translation>Zapisz wideo</translation>
+    </message>
+    <message>
+        <source>Save video and track</source>
+        <translation>Zapisz wideo i trasę</translation>
+    </message>
+    <message>
+        <source>Save track</source>
+        <translation>Zapisz trasę</translation>
+    </message>
+    <message>
+        <source>Save to</source>
+        <translation>Zapisz jako</translation>
+    </message>
+    <message>
+        <source>Saving</source>
+        <translation>Zapisywanie</translation>
+    </message>
+    <message>
+        <source>The folder already holds files of the same names:
+%1
+
+Choose another folder.</source>
+        <translation>Folder zawiera już pliki o tych nazwach:
+%1
+
+Wybierz inny folder.</translation>
+    </message>
+    <message>
+        <source>Copying status</source>
+        <translation>Kopiowanie plików</translation>
+    </message>
+    <message>
+        <source>Encoding status</source>
+        <translation>Kodowanie wideo</translation>
+    </message>
+    <message>
+        <source>Encoding</source>
+        <translation>Kodowanie</translation>
+    </message>
+    <message>
+        <source>Failed to copy track</source>
+        <translation>Nie udało się skopiować trasy</translation>
+    </message>
+    <message>
+        <source>Сopying completed</source>
+        <translation>Kopiowanie zakończone</translation>
+    </message>
+    <message>
+        <source>Failed to copy</source>
+        <translation>Kopiowanie nie powiodło się</translation>
+    </message>
+    <message>
+        <source>Encoding completed</source>
+        <translation>Kodowanie zakończone</translation>
+    </message>
+    <message>
+        <source>Failed to encode.
+
+NOTE:
+Try choose another container type or choose &quot;Only video&quot; option.
+If all else fails choose &quot;Force reencoding&quot;.</source>
+        <translation>Kodowanie nie powiodło się.
+
+UWAGA:
+Spróbuj wybrać inny typ kontenera lub opcję „Tylko wideo”.
+Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
+    </message>
+    <message>
+        <source>Track saving</source>
+        <translation>Zapisywanie trasy</translation>
+    </message>
+    <message>
+        <source>Track saving completed</source>
+        <translation>Trasa została zapisana</translation>
+    </message>
+    <message>
+        <source>Failed to save track</source>
+        <translation>Nie udało się zapisać trasy</translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
     <message>
         <source>&amp;File</source>
@@ -101,10 +186,6 @@
     <message>
         <source>Updating status</source>
         <translation>Aktualizacja programu</translation>
-    </message>
-    <message>
-        <source>The storage %1 with the loaded recordings was removed.</source>
-        <translation>Nośnik %1 z otwartymi nagraniami został odłączony.</translation>
     </message>
     <message>
         <source>Lumicor Reelvue</source>
@@ -311,142 +392,8 @@
         <translation>Čeština</translation>
     </message>
     <message>
-        <source>Save video</source>
-        <translation>Zapisz wideo</translation>
-    </message>
-    <message>
-        <source>Save video and track</source>
-        <translation>Zapisz wideo i trasę</translation>
-    </message>
-    <message>
-        <source>Save track</source>
-        <translation>Zapisz trasę</translation>
-    </message>
-    <message>
-        <source>Save video frame</source>
-        <translation>Zapisz klatkę</translation>
-    </message>
-    <message>
-        <source>Save video frame (main camera)</source>
-        <translation>Zapisz klatkę (kamera główna)</translation>
-    </message>
-    <message>
-        <source>Save video frame (rear camera)</source>
-        <translation>Zapisz klatkę (kamera tylna)</translation>
-    </message>
-    <message>
-        <source>Save window</source>
-        <translation>Zapisz zrzut okna</translation>
-    </message>
-    <message>
         <source>Version %1</source>
         <translation>Wersja %1</translation>
-    </message>
-    <message>
-        <source>MP4, MOV(*.mp4 *.mov);;MP4(*.mp4);;MOV(*.mov)</source>
-        <translation>Wideo MP4, MOV (*.mp4 *.mov);;MP4 (*.mp4);;MOV (*.mov)</translation>
-    </message>
-    <message>
-        <source>Loading from directory status</source>
-        <translation>Wczytywanie nagrań</translation>
-    </message>
-    <message>
-        <source>Failed to load</source>
-        <translation>Nie udało się wczytać</translation>
-    </message>
-    <message>
-        <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
-        <translation>We wskazanej lokalizacji nie ma plików wideo, a struktury podfolderów brak lub jest nieprawidłowa</translation>
-    </message>
-    <message>
-        <source>Open a memory card, a folder or a video file</source>
-        <translation>Otwórz kartę pamięci, folder lub plik wideo</translation>
-    </message>
-    <message>
-        <source>Active camera(s) is(are) not available.</source>
-        <translation>Wybrane kamery są niedostępne.</translation>
-    </message>
-    <message>
-        <source>Save image to</source>
-        <translation>Zapisz obraz jako</translation>
-    </message>
-    <message>
-        <source>JPEG (*.jpg);;PNG (*.png)</source>
-        <translation>Obraz JPEG (*.jpg);;Obraz PNG (*.png)</translation>
-    </message>
-    <message>
-        <source>Specified file path is not suitable</source>
-        <translation>Wskazana ścieżka pliku jest nieodpowiednia</translation>
-    </message>
-    <message>
-        <source>Save to</source>
-        <translation>Zapisz jako</translation>
-    </message>
-    <message>
-        <source>Saving</source>
-        <translation>Zapisywanie</translation>
-    </message>
-    <message>
-        <source>The folder already holds files of the same names:
-%1
-
-Choose another folder.</source>
-        <translation>Folder zawiera już pliki o tych nazwach:
-%1
-
-Wybierz inny folder.</translation>
-    </message>
-    <message>
-        <source>Copying status</source>
-        <translation>Kopiowanie plików</translation>
-    </message>
-    <message>
-        <source>Encoding status</source>
-        <translation>Kodowanie wideo</translation>
-    </message>
-    <message>
-        <source>Encoding</source>
-        <translation>Kodowanie</translation>
-    </message>
-    <message>
-        <source>Failed to copy track</source>
-        <translation>Nie udało się skopiować trasy</translation>
-    </message>
-    <message>
-        <source>Сopying completed</source>
-        <translation>Kopiowanie zakończone</translation>
-    </message>
-    <message>
-        <source>Failed to copy</source>
-        <translation>Kopiowanie nie powiodło się</translation>
-    </message>
-    <message>
-        <source>Encoding completed</source>
-        <translation>Kodowanie zakończone</translation>
-    </message>
-    <message>
-        <source>Failed to encode.
-
-NOTE:
-Try choose another container type or choose &quot;Only video&quot; option.
-If all else fails choose &quot;Force reencoding&quot;.</source>
-        <translation>Kodowanie nie powiodło się.
-
-UWAGA:
-Spróbuj wybrać inny typ kontenera lub opcję „Tylko wideo”.
-Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
-    </message>
-    <message>
-        <source>Track saving</source>
-        <translation>Zapisywanie trasy</translation>
-    </message>
-    <message>
-        <source>Track saving completed</source>
-        <translation>Trasa została zapisana</translation>
-    </message>
-    <message>
-        <source>Failed to save track</source>
-        <translation>Nie udało się zapisać trasy</translation>
     </message>
 </context>
 <context>
@@ -491,6 +438,48 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
     </message>
 </context>
 <context>
+    <name>PictureSaver</name>
+    <message>
+        <source>Save video frame</source>
+        <translation>Zapisz klatkę</translation>
+    </message>
+    <message>
+        <source>Save video frame (main camera)</source>
+        <translation>Zapisz klatkę (kamera główna)</translation>
+    </message>
+    <message>
+        <source>Save video frame (rear camera)</source>
+        <translation>Zapisz klatkę (kamera tylna)</translation>
+    </message>
+    <message>
+        <source>Save window</source>
+        <translation>Zapisz zrzut okna</translation>
+    </message>
+    <message>
+        <source>Save image to</source>
+        <translation>Zapisz obraz jako</translation>
+    </message>
+    <message>
+        <source>JPEG (*.jpg);;PNG (*.png)</source>
+        <translation>Obraz JPEG (*.jpg);;Obraz PNG (*.png)</translation>
+    </message>
+    <message>
+        <source>Specified file path is not suitable</source>
+        <translation>Wskazana ścieżka pliku jest nieodpowiednia</translation>
+    </message>
+</context>
+<context>
+    <name>PlaybackSession</name>
+    <message>
+        <source>Open a memory card, a folder or a video file</source>
+        <translation>Otwórz kartę pamięci, folder lub plik wideo</translation>
+    </message>
+    <message>
+        <source>Active camera(s) is(are) not available.</source>
+        <translation>Wybrane kamery są niedostępne.</translation>
+    </message>
+</context>
+<context>
     <name>PlaylistItemModel</name>
     <message>
         <source>%1 km</source>
@@ -526,6 +515,33 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
     </message>
 </context>
 <context>
+    <name>PlaylistPane</name>
+    <message>
+        <source>Open directory</source>
+        <translation>Otwórz folder</translation>
+    </message>
+    <message>
+        <source>Open file</source>
+        <translation>Otwórz plik</translation>
+    </message>
+    <message>
+        <source>MP4, MOV(*.mp4 *.mov);;MP4(*.mp4);;MOV(*.mov)</source>
+        <translation>Wideo MP4, MOV (*.mp4 *.mov);;MP4 (*.mp4);;MOV (*.mov)</translation>
+    </message>
+    <message>
+        <source>Loading from directory status</source>
+        <translation>Wczytywanie nagrań</translation>
+    </message>
+    <message>
+        <source>Failed to load</source>
+        <translation>Nie udało się wczytać</translation>
+    </message>
+    <message>
+        <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
+        <translation>We wskazanej lokalizacji nie ma plików wideo, a struktury podfolderów brak lub jest nieprawidłowa</translation>
+    </message>
+</context>
+<context>
     <name>PlaylistView</name>
     <message>
         <source>Open a memory card, a folder or a video file, or drop one here</source>
@@ -549,6 +565,13 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
     <message>
         <source>Remaining time: </source>
         <translation>Pozostało: </translation>
+    </message>
+</context>
+<context>
+    <name>StorageOpener</name>
+    <message>
+        <source>The storage %1 with the loaded recordings was removed.</source>
+        <translation>Nośnik %1 z otwartymi nagraniami został odłączony.</translation>
     </message>
 </context>
 <context>

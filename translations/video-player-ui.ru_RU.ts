@@ -73,6 +73,91 @@
     </message>
 </context>
 <context>
+    <name>ExportController</name>
+    <message>
+        <source>Save video</source>
+        <translation>Сохранить видео</translation>
+    </message>
+    <message>
+        <source>Save video and track</source>
+        <translation>Сохранить видео и трек</translation>
+    </message>
+    <message>
+        <source>Save track</source>
+        <translation>Сохранить трек</translation>
+    </message>
+    <message>
+        <source>Save to</source>
+        <translation>Сохранить как</translation>
+    </message>
+    <message>
+        <source>Saving</source>
+        <translation>Сохранение</translation>
+    </message>
+    <message>
+        <source>The folder already holds files of the same names:
+%1
+
+Choose another folder.</source>
+        <translation>В папке уже есть файлы с такими именами:
+%1
+
+Выберите другую папку.</translation>
+    </message>
+    <message>
+        <source>Copying status</source>
+        <translation>Копирование файлов</translation>
+    </message>
+    <message>
+        <source>Encoding status</source>
+        <translation>Кодирование видео</translation>
+    </message>
+    <message>
+        <source>Encoding</source>
+        <translation>Кодирование</translation>
+    </message>
+    <message>
+        <source>Failed to copy track</source>
+        <translation>Не удалось скопировать трек</translation>
+    </message>
+    <message>
+        <source>Сopying completed</source>
+        <translation>Копирование завершено</translation>
+    </message>
+    <message>
+        <source>Failed to copy</source>
+        <translation>Не удалось скопировать</translation>
+    </message>
+    <message>
+        <source>Encoding completed</source>
+        <translation>Кодирование завершено</translation>
+    </message>
+    <message>
+        <source>Failed to encode.
+
+NOTE:
+Try choose another container type or choose &quot;Only video&quot; option.
+If all else fails choose &quot;Force reencoding&quot;.</source>
+        <translation>Не удалось закодировать видео.
+
+ПРИМЕЧАНИЕ:
+Попробуйте выбрать другой тип контейнера или параметр «Только видео».
+Если это не поможет, выберите «Принудительное перекодирование».</translation>
+    </message>
+    <message>
+        <source>Track saving</source>
+        <translation>Сохранение трека</translation>
+    </message>
+    <message>
+        <source>Track saving completed</source>
+        <translation>Трек сохранён</translation>
+    </message>
+    <message>
+        <source>Failed to save track</source>
+        <translation>Не удалось сохранить трек</translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
     <message>
         <source>&amp;File</source>
@@ -101,10 +186,6 @@
     <message>
         <source>Updating status</source>
         <translation>Обновление программы</translation>
-    </message>
-    <message>
-        <source>The storage %1 with the loaded recordings was removed.</source>
-        <translation>Накопитель %1 с открытыми записями был извлечён.</translation>
     </message>
     <message>
         <source>Lumicor Reelvue</source>
@@ -311,142 +392,8 @@
         <translation>Čeština</translation>
     </message>
     <message>
-        <source>Save video</source>
-        <translation>Сохранить видео</translation>
-    </message>
-    <message>
-        <source>Save video and track</source>
-        <translation>Сохранить видео и трек</translation>
-    </message>
-    <message>
-        <source>Save track</source>
-        <translation>Сохранить трек</translation>
-    </message>
-    <message>
-        <source>Save video frame</source>
-        <translation>Сохранить кадр</translation>
-    </message>
-    <message>
-        <source>Save video frame (main camera)</source>
-        <translation>Сохранить кадр (основная камера)</translation>
-    </message>
-    <message>
-        <source>Save video frame (rear camera)</source>
-        <translation>Сохранить кадр (задняя камера)</translation>
-    </message>
-    <message>
-        <source>Save window</source>
-        <translation>Сохранить снимок окна</translation>
-    </message>
-    <message>
         <source>Version %1</source>
         <translation>Версия %1</translation>
-    </message>
-    <message>
-        <source>MP4, MOV(*.mp4 *.mov);;MP4(*.mp4);;MOV(*.mov)</source>
-        <translation>Видео MP4, MOV (*.mp4 *.mov);;MP4 (*.mp4);;MOV (*.mov)</translation>
-    </message>
-    <message>
-        <source>Loading from directory status</source>
-        <translation>Загрузка записей</translation>
-    </message>
-    <message>
-        <source>Failed to load</source>
-        <translation>Не удалось загрузить</translation>
-    </message>
-    <message>
-        <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
-        <translation>По указанному пути нет видеофайлов, а структура вложенных папок отсутствует или неверна</translation>
-    </message>
-    <message>
-        <source>Open a memory card, a folder or a video file</source>
-        <translation>Откройте карту памяти, папку или видеофайл</translation>
-    </message>
-    <message>
-        <source>Active camera(s) is(are) not available.</source>
-        <translation>Выбранные камеры недоступны.</translation>
-    </message>
-    <message>
-        <source>Save image to</source>
-        <translation>Сохранить изображение как</translation>
-    </message>
-    <message>
-        <source>JPEG (*.jpg);;PNG (*.png)</source>
-        <translation>Изображение JPEG (*.jpg);;Изображение PNG (*.png)</translation>
-    </message>
-    <message>
-        <source>Specified file path is not suitable</source>
-        <translation>Указанный путь к файлу не подходит</translation>
-    </message>
-    <message>
-        <source>Save to</source>
-        <translation>Сохранить как</translation>
-    </message>
-    <message>
-        <source>Saving</source>
-        <translation>Сохранение</translation>
-    </message>
-    <message>
-        <source>The folder already holds files of the same names:
-%1
-
-Choose another folder.</source>
-        <translation>В папке уже есть файлы с такими именами:
-%1
-
-Выберите другую папку.</translation>
-    </message>
-    <message>
-        <source>Copying status</source>
-        <translation>Копирование файлов</translation>
-    </message>
-    <message>
-        <source>Encoding status</source>
-        <translation>Кодирование видео</translation>
-    </message>
-    <message>
-        <source>Encoding</source>
-        <translation>Кодирование</translation>
-    </message>
-    <message>
-        <source>Failed to copy track</source>
-        <translation>Не удалось скопировать трек</translation>
-    </message>
-    <message>
-        <source>Сopying completed</source>
-        <translation>Копирование завершено</translation>
-    </message>
-    <message>
-        <source>Failed to copy</source>
-        <translation>Не удалось скопировать</translation>
-    </message>
-    <message>
-        <source>Encoding completed</source>
-        <translation>Кодирование завершено</translation>
-    </message>
-    <message>
-        <source>Failed to encode.
-
-NOTE:
-Try choose another container type or choose &quot;Only video&quot; option.
-If all else fails choose &quot;Force reencoding&quot;.</source>
-        <translation>Не удалось закодировать видео.
-
-ПРИМЕЧАНИЕ:
-Попробуйте выбрать другой тип контейнера или параметр «Только видео».
-Если это не поможет, выберите «Принудительное перекодирование».</translation>
-    </message>
-    <message>
-        <source>Track saving</source>
-        <translation>Сохранение трека</translation>
-    </message>
-    <message>
-        <source>Track saving completed</source>
-        <translation>Трек сохранён</translation>
-    </message>
-    <message>
-        <source>Failed to save track</source>
-        <translation>Не удалось сохранить трек</translation>
     </message>
 </context>
 <context>
@@ -491,6 +438,48 @@ If all else fails choose &quot;Force reencoding&quot;.</source>
     </message>
 </context>
 <context>
+    <name>PictureSaver</name>
+    <message>
+        <source>Save video frame</source>
+        <translation>Сохранить кадр</translation>
+    </message>
+    <message>
+        <source>Save video frame (main camera)</source>
+        <translation>Сохранить кадр (основная камера)</translation>
+    </message>
+    <message>
+        <source>Save video frame (rear camera)</source>
+        <translation>Сохранить кадр (задняя камера)</translation>
+    </message>
+    <message>
+        <source>Save window</source>
+        <translation>Сохранить снимок окна</translation>
+    </message>
+    <message>
+        <source>Save image to</source>
+        <translation>Сохранить изображение как</translation>
+    </message>
+    <message>
+        <source>JPEG (*.jpg);;PNG (*.png)</source>
+        <translation>Изображение JPEG (*.jpg);;Изображение PNG (*.png)</translation>
+    </message>
+    <message>
+        <source>Specified file path is not suitable</source>
+        <translation>Указанный путь к файлу не подходит</translation>
+    </message>
+</context>
+<context>
+    <name>PlaybackSession</name>
+    <message>
+        <source>Open a memory card, a folder or a video file</source>
+        <translation>Откройте карту памяти, папку или видеофайл</translation>
+    </message>
+    <message>
+        <source>Active camera(s) is(are) not available.</source>
+        <translation>Выбранные камеры недоступны.</translation>
+    </message>
+</context>
+<context>
     <name>PlaylistItemModel</name>
     <message>
         <source>%1 km</source>
@@ -526,6 +515,33 @@ If all else fails choose &quot;Force reencoding&quot;.</source>
     </message>
 </context>
 <context>
+    <name>PlaylistPane</name>
+    <message>
+        <source>Open directory</source>
+        <translation>Открыть папку</translation>
+    </message>
+    <message>
+        <source>Open file</source>
+        <translation>Открыть файл</translation>
+    </message>
+    <message>
+        <source>MP4, MOV(*.mp4 *.mov);;MP4(*.mp4);;MOV(*.mov)</source>
+        <translation>Видео MP4, MOV (*.mp4 *.mov);;MP4 (*.mp4);;MOV (*.mov)</translation>
+    </message>
+    <message>
+        <source>Loading from directory status</source>
+        <translation>Загрузка записей</translation>
+    </message>
+    <message>
+        <source>Failed to load</source>
+        <translation>Не удалось загрузить</translation>
+    </message>
+    <message>
+        <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
+        <translation>По указанному пути нет видеофайлов, а структура вложенных папок отсутствует или неверна</translation>
+    </message>
+</context>
+<context>
     <name>PlaylistView</name>
     <message>
         <source>Open a memory card, a folder or a video file, or drop one here</source>
@@ -549,6 +565,13 @@ If all else fails choose &quot;Force reencoding&quot;.</source>
     <message>
         <source>Remaining time: </source>
         <translation>Осталось: </translation>
+    </message>
+</context>
+<context>
+    <name>StorageOpener</name>
+    <message>
+        <source>The storage %1 with the loaded recordings was removed.</source>
+        <translation>Накопитель %1 с открытыми записями был извлечён.</translation>
     </message>
 </context>
 <context>
