@@ -12,11 +12,13 @@
 #include "ui/ExifWriter.h"
 #include "ui/PlaybackController.h"
 #include "ui/PlaylistView.h"
+#include "ui/ProgressDialog.h"
 #include "ui/QPlaylistTabWidget.h"
 #include "ui/TrackPlot.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QDropEvent>
@@ -329,6 +331,85 @@ TEST_F(MainWindowTest, saves_a_cut_with_its_track_beside_the_track_alone_and_the
     EXPECT_EQ(answerer.texts.back(), "\u0421opying completed");
     EXPECT_EQ(QDir(nextDirectory).entryList(QDir::Files).size(), 18);
     EXPECT_TRUE(window->isEnabled());
+}
+
+// Every job runs alone behind its own progress window, whose Cancel works although the window is disabled.
+TEST_F(MainWindowTest, cancel_in_the_window_stops_a_load_and_a_reencoded_cut_which_runs_as_one_job) {
+    auto window = openWindow();
+    const auto runningDialog = [&window] {
+        ProgressDialog* shown = nullptr;
+        for (ProgressDialog* dialog : window->findChildren<ProgressDialog*>())
+            if (dialog->isVisible())
+                shown = dialog;
+        return shown;
+    };
+    const auto clickCancel = [](ProgressDialog* dialog) {
+        QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("cancelButton")), Qt::LeftButton);
+    };
+
+    window->loadDirectory(cardPath());
+    ASSERT_NE(runningDialog(), nullptr);
+    EXPECT_FALSE(window->isEnabled());
+    clickCancel(runningDialog());
+    ASSERT_TRUE(waitUntil([&] { return !log.linesContaining("Loading " + cardPath().toStdString() + " canceled").empty(); }));
+    EXPECT_EQ(window->playbackController(), nullptr);
+    EXPECT_TRUE(window->isEnabled());
+
+    loadCard(*window);
+    testsupport::BoxAnswerer answerer(QStringLiteral("OK"));
+    const QString cutPath = outputPath(out, "cut.mp4");
+    QTimer dialogAnswerer;
+    QObject::connect(&dialogAnswerer, &QTimer::timeout, [&] {
+        auto* dialog = qobject_cast<EncodingSettingsDialog*>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        dialog->findChild<QLineEdit*>("filePathEdit")->setText(cutPath);
+        dialog->findChild<QCheckBox*>("forceEncodingChkBox")->setChecked(true);
+        dialog->accept();
+    });
+    dialogAnswerer.start(20);
+    window->onCutButtonClicked();
+    window->cutCurrentItem();
+    // The track copy comes first; past its share the video is being encoded, under the same window.
+    ASSERT_TRUE(waitUntil([&] { return runningDialog() && runningDialog()->value() > 5; }, 30000));
+    EXPECT_EQ(runningDialog()->windowTitle(), QStringLiteral("Encoding status"));
+    nextSavePath = outputPath(out, "track.gpx");
+    window->onSaveTrack(3);
+    EXPECT_TRUE(proposals.empty()) << "a second job was offered while the cut runs";
+    clickCancel(runningDialog());
+    ASSERT_TRUE(waitUntil([&] { return window->isEnabled(); }, 20000));
+    EXPECT_FALSE(QFileInfo::exists(cutPath));
+    EXPECT_FALSE(QFileInfo::exists(outputPath(out, "cut.nmea"))) << "the track of a canceled cut stays";
+    EXPECT_TRUE(answerer.texts.empty());
+    EXPECT_EQ(log.linesContaining("The background operation was canceled").size(), 1u);
+}
+
+// After Stop the controller's time is the item's end, but the picture on screen is where playback stopped.
+TEST_F(MainWindowTest, a_window_saved_after_stop_carries_the_moment_of_the_picture_in_its_exif_block) {
+    auto window = openWindow();
+    loadCard(*window);
+    auto* trips = child<PlaylistView>(*window, "tripPlaylistTable");
+    QTest::mouseClick(trips->viewport(), Qt::LeftButton, {}, trips->visualRect(trips->model()->index(2, 0)).center());
+    ASSERT_TRUE(waitUntil([&] {
+        PlaybackController* controller = window->playbackController();
+        return controller && controller->from().time() == QTime(9, 10) && controller->currentPlayer();
+    }));
+    PlaybackController* controller = window->playbackController();
+    controller->seekTo(controller->from().addSecs(264));
+    ASSERT_TRUE(waitUntil([&] { return controller->currentTime() >= controller->from().addSecs(264); }));
+    const QDateTime shown = controller->currentTime();
+    window->onStopButtonClicked();
+    ASSERT_EQ(controller->currentTime(), controller->to());
+
+    nextSavePath = outputPath(out, "window.jpg");
+    window->onSaveWindow();
+    ASSERT_TRUE(waitUntil([&] { return !log.linesContaining("Updated EXIF Header in").empty(); }));
+    auto image = Exiv2::ImageFactory::open(nextSavePath.toStdString());
+    image->readMetadata();
+    EXPECT_EQ(exifText(image->exifData(), "Exif.Photo.DateTimeOriginal"), shown.toString("yyyy:MM:dd HH:mm:ss").toStdString());
+    const std::optional<TrackPosition> expected = trackPositionAt(controller->track(), shown);
+    ASSERT_TRUE(expected);
+    EXPECT_NEAR(exifDegrees(image->exifData(), "Exif.GPSInfo.GPSLatitude"), std::abs(expected->latitude), 1e-5);
 }
 
 // Pictures of the window for a person to look at (REELVUE_SCREENSHOT_DIR=/some/dir): both screen sizes, cut mode
