@@ -12,6 +12,7 @@
 #include "ui/ExifWriter.h"
 #include "ui/PlaybackController.h"
 #include "ui/PlaylistView.h"
+#include "ui/PlotIntervalSelector.h"
 #include "ui/ProgressDialog.h"
 #include "ui/QPlaylistTabWidget.h"
 #include "ui/TrackPlot.h"
@@ -331,6 +332,29 @@ TEST_F(MainWindowTest, saves_a_cut_with_its_track_beside_the_track_alone_and_the
     EXPECT_EQ(answerer.texts.back(), "\u0421opying completed");
     EXPECT_EQ(QDir(nextDirectory).entryList(QDir::Files).size(), 18);
     EXPECT_TRUE(window->isEnabled());
+}
+
+// Cut mode and cycle play both choose on the plots' interval selector; it stays while either needs it.
+TEST_F(MainWindowTest, cut_mode_and_cycle_play_share_the_interval_selector_and_a_new_item_ends_both) {
+    auto window = openWindow();
+    loadCard(*window);
+    PlotIntervalSelector* selector = window->intervalSelector();
+    child<QAction>(*window, "actionShowSpeedPlot")->setChecked(false);
+    window->onCutButtonClicked();
+    EXPECT_TRUE(selector->isActive());
+    EXPECT_TRUE(child<QAction>(*window, "actionShowSpeedPlot")->isChecked()) << "the selector needs a plot to lie on";
+    window->onCyclePlayStart();
+    window->onCyclePlayStop();
+    EXPECT_TRUE(selector->isActive()) << "still cutting";
+    window->onRejectCutButtonClicked();
+    EXPECT_FALSE(selector->isActive());
+
+    window->onCyclePlayStart();
+    window->onCutButtonClicked();
+    window->onToEndButtonClicked(); // the next trip
+    ASSERT_TRUE(waitUntil([&] { return window->playbackController() && window->playbackController()->from().time() == QTime(9, 10); }));
+    EXPECT_FALSE(selector->isActive());
+    EXPECT_FALSE(child<QWidget>(*window, "cutButtonContainer")->isVisible());
 }
 
 // Every job runs alone behind its own progress window, whose Cancel works although the window is disabled.

@@ -26,13 +26,15 @@ PlaylistPane::PlaylistPane(QPlaylistTabWidget* tabs, std::vector<PlaylistView*> 
         QMetaObject::invokeMethod(this, [this, path, isDirectory] { isDirectory ? loadDirectory(path) : loadFile(path); },
                                   Qt::QueuedConnection);
     });
+    m_liveViews.assign(m_views.begin(), m_views.end());
     for (PlaylistView* view : m_views)
         connect(view, &PlaylistView::itemChosen, this, [this, view](int index) { choose(view, index); });
 }
 
 PlaylistPane::~PlaylistPane() {
-    for (PlaylistView* view : m_views) // the views outlive the models
-        view->setModel(nullptr);
+    for (const QPointer<PlaylistView>& view : m_liveViews) // a view that outlives the models lets go of them
+        if (view)
+            view->setModel(nullptr);
 }
 
 void PlaylistPane::openDirectory() {

@@ -10,6 +10,7 @@
 
 #include <QDateTime>
 #include <QObject>
+#include <QPointer>
 
 #include <memory>
 #include <vector>
@@ -56,6 +57,7 @@ private:
 
     QPlaylistTabWidget* m_tabs;
     std::vector<PlaylistView*> m_views; // trips, parking, events, files
+    std::vector<QPointer<PlaylistView>> m_liveViews; // the same, for the destructor: the form may go first
     JobRunner* m_jobs;
     const FileChoosers& m_choosers;
     QWidget* m_window;
