@@ -1,4 +1,5 @@
-// The job runner with real file copies: chains shown as one job, one job at a time, Cancel in a disabled window.
+// The job runner with real file copies: chains shown as one job, one job at a time. Cancel is tried in the
+// real window (MainWindowTest).
 #include "ui/JobRunner.h"
 
 #include "core/FileCopier.h"
@@ -6,13 +7,9 @@
 #include "support/TestSupport.h"
 
 #include <QPointer>
-#include <QPushButton>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <gtest/gtest.h>
-
-#include <atomic>
 
 using testsupport::waitUntil;
 using Ending = JobRunner::Ending;
@@ -52,11 +49,15 @@ protected:
 
 } // namespace
 
-TEST_F(JobRunnerTest, a_chain_is_one_job_an_optional_failure_goes_on_a_required_one_ends_the_run) {
+TEST_F(JobRunnerTest, a_chain_is_one_job_that_refuses_another_an_optional_failure_goes_on_a_required_one_ends_it) {
     std::vector<bool> busy;
     QObject::connect(&runner, &JobRunner::busyChanged, [&](bool b) { busy.push_back(b); });
     ASSERT_TRUE(run({copyStep(dir.filePath("missing/first"), true), copyStep(dir.filePath("second"))}));
     EXPECT_FALSE(window.isEnabled());
+    QPointer<FileCopier> refused;
+    EXPECT_FALSE(run({copyStep(dir.filePath("other"), false, &refused)})) << "one job at a time";
+    EXPECT_TRUE(refused.isNull());
+    EXPECT_EQ(log.linesContaining("WARN ui.MainWindow - A background operation is already in progress").size(), 1u);
     ASSERT_TRUE(waitUntil([&] { return finished == 1; }));
     EXPECT_EQ(endings, (JobRunner::Endings{Ending::Failed, Ending::Done}));
     EXPECT_EQ(busy, (std::vector<bool>{true, false})) << "one progress window for the whole chain";
@@ -69,32 +70,4 @@ TEST_F(JobRunnerTest, a_chain_is_one_job_an_optional_failure_goes_on_a_required_
     EXPECT_EQ(endings, (JobRunner::Endings{Ending::Failed, Ending::NotRun}));
     EXPECT_FALSE(QFileInfo::exists(dir.filePath("fourth")));
     EXPECT_TRUE(waitUntil([&] { return notRun.isNull(); })) << "a step that did not run is deleted";
-}
-
-TEST_F(JobRunnerTest, while_a_job_runs_no_other_starts_and_cancel_in_its_dialog_reaches_it) {
-    // The worker is held up first, so the job is still to start when Cancel is clicked.
-    std::atomic<bool> release{false};
-    auto* blocker = new QObject;
-    blocker->moveToThread(runner.workerThread());
-    QMetaObject::invokeMethod(blocker, [&release, blocker] {
-        while (!release)
-            QThread::msleep(5);
-        blocker->deleteLater();
-    }, Qt::QueuedConnection);
-
-    ASSERT_TRUE(run({copyStep(dir.filePath("copy"))}));
-    QPointer<FileCopier> refused;
-    EXPECT_FALSE(run({copyStep(dir.filePath("other"), false, &refused)}));
-    EXPECT_TRUE(refused.isNull());
-    EXPECT_EQ(log.linesContaining("WARN ui.MainWindow - A background operation is already in progress").size(), 1u);
-
-    auto* cancel = runner.dialog()->findChild<QPushButton*>(QStringLiteral("cancelButton"));
-    EXPECT_FALSE(window.isEnabled());
-    EXPECT_TRUE(cancel->isEnabled()) << "the window is disabled except for its progress dialog";
-    QTest::mouseClick(cancel, Qt::LeftButton);
-    release = true;
-    ASSERT_TRUE(waitUntil([&] { return finished == 1; }));
-    EXPECT_EQ(endings, JobRunner::Endings{Ending::Canceled});
-    EXPECT_FALSE(QFileInfo::exists(dir.filePath("copy")));
-    EXPECT_TRUE(window.isEnabled());
 }
