@@ -8,6 +8,7 @@
 
 #include <QPointer>
 #include <QTemporaryDir>
+#include <QWidget>
 
 #include <gtest/gtest.h>
 

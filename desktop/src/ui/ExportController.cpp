@@ -175,7 +175,7 @@ void ExportController::saveTrack(int format) {
     if (path.isEmpty())
         return;
     auto* job = new TrackExtracter(controller->items(), path, type, interval);
-    m_jobs->run(tr("Encoding status"), {JobRunner::step(job, [job] { job->run(); })},
+    m_jobs->run(tr("Encoding status"), {JobRunner::step(job, [job] { job->encode(); })},
                 [this](const JobRunner::Endings& endings) {
                     if (!wasCanceled(endings))
                         onTrackSaveDone(endings.front() == JobRunner::Ending::Done);
@@ -236,7 +236,7 @@ void ExportController::startCut(const Playlist::RawItems& items, const TimeInter
         trackPath.clear();
     } else {
         auto* trackCopy = new TrackExtracter(items, trackPath, TrackExtracter::Nmea, interval);
-        steps.push_back(JobRunner::step(trackCopy, [trackCopy] { trackCopy->run(); }, kTrackCopyWeight, true));
+        steps.push_back(JobRunner::step(trackCopy, [trackCopy] { trackCopy->encode(); }, kTrackCopyWeight, true));
     }
     BaseEncoder* encoder = settings.forceReencoding ? static_cast<BaseEncoder*>(new Coder(items, interval, settings))
                                                     : new Remuxer(items, interval, settings);

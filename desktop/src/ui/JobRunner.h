@@ -14,8 +14,6 @@
 //              [](const JobRunner::Endings& endings) { ... });
 #pragma once
 
-#include "ui/ProgressDialog.h"
-
 #include <QObject>
 #include <QPointer>
 #include <QThread>
@@ -24,6 +22,7 @@
 #include <vector>
 
 class PlaylistLoader;
+class ProgressDialog;
 class QWidget;
 
 class JobRunner : public QObject {
@@ -60,9 +59,7 @@ public:
     // before calling run(): connections are called in order.
     static Step step(PlaylistLoader* loader, std::function<void()> start);
 
-    bool isBusy() const { return m_dialog != nullptr; }
-    QThread* workerThread() { return &m_workerThread; }
-    ProgressDialog* dialog() const { return m_dialog; }
+    bool isBusy() const { return !m_dialog.isNull(); }
 
     // Starts the steps under one progress dialog titled `title`. `finished` is called once with every step's
     // ending, after the dialog has closed and the window is enabled again. A canceled or failed (not optional)
