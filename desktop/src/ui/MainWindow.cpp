@@ -147,18 +147,24 @@ void MainWindow::connectSignals() {
         updateWindowTitle();
     });
 
-    // playback -> map, plots (the controller drives them; the page may come up after it)
+    // playback -> map, plots: the controller drives them; a page that comes up later is sent what it missed
     connect(m_map, &MapWidgetAdapter::ready, this, &MainWindow::onMapWidgetReady);
+
+    // full screen -> video area
     connect(m_fullscreen, &FullscreenController::resized, this, &MainWindow::relayoutVideoOutputs);
 
     // playback -> export, pictures
     connect(m_session, &PlaybackSession::controllerChanged, m_export, &ExportController::onControllerChanged);
     connect(m_session, &PlaybackSession::controllerChanged, m_pictures, &PictureSaver::onControllerChanged);
+
+    // export -> playback: cut mode shares the plots' interval selector with cycle play
     connect(m_export, &ExportController::cutModeChanged, m_session, &PlaybackSession::setCutMode);
 
     // jobs -> window: the tool bar waits with the rest of the window
     connect(m_jobs, &JobRunner::busyChanged, this,
             [this](bool busy) { m_ui->videoToolbar->setEnabled(!busy && m_session->controller()); });
+
+    // updater -> jobs: its download is shown like a job
     AppUpdater& updater = AppUpdater::instance();
     connect(&updater, &AppUpdater::started, this, &MainWindow::onAppUpdaterStarted);
     connect(&updater, &AppUpdater::progress, this, &MainWindow::onBackgroundOperationProgress);
