@@ -15,13 +15,17 @@
 
 #include <fmt/format.h>
 
-namespace exporttarget {
 namespace {
 
 // Enough tries to step over leftovers of earlier runs; a clash of six random letters is rare.
 constexpr int kNameAttempts = 100;
 
 QByteArray native(const QString& path) { return QFile::encodeName(path); }
+
+} // namespace
+
+namespace exporttarget {
+namespace {
 
 bool statOf(const QString& path, struct stat* result) { return ::stat(native(path).constData(), result) == 0; }
 
@@ -111,9 +115,6 @@ QStringList inputFiles(const Playlist::RawItems& items) {
 std::string systemErrorText(int error) { return std::strerror(error); }
 
 } // namespace exporttarget
-
-using exporttarget::kNameAttempts;
-using exporttarget::native;
 
 PartialFile::PartialFile(QString target) : m_target(std::move(target)) {}
 

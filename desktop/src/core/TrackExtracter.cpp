@@ -96,12 +96,14 @@ void TrackExtracter::encode() {
     if (extension(m_type).isEmpty()) {
         LOG_ERROR(kLogger, "Failed to save track to '{}': unknown track type {}", target.toStdString(),
                   static_cast<int>(m_type));
+        setFailure(QStringLiteral("Unknown track type %1").arg(static_cast<int>(m_type)), false);
         emit done(false);
         return;
     }
     if (!m_interval.from.isValid() || !m_interval.to.isValid() || m_interval.to < m_interval.from) {
         LOG_ERROR(kLogger, "Failed to save track to '{}': invalid interval from {} to {}", target.toStdString(),
                   text(m_interval.from), text(m_interval.to));
+        setFailure(QStringLiteral("Invalid interval"), false);
         emit done(false);
         return;
     }

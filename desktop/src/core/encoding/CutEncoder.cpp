@@ -53,6 +53,7 @@ void CutEncoder::runCut(encoding::CutWriter& writer, const encoding::CutTexts& t
     }
 
     PartialFile partial(target);
+    bool stopped = false; // the user's cancel, as last seen before the file took its place
     int lastPercent = 0;
     auto reportProgress = [&] {
         if (m_askedMs <= 0)
@@ -137,7 +138,8 @@ void CutEncoder::runCut(encoding::CutWriter& writer, const encoding::CutTexts& t
         }
         m_writtenMs = static_cast<std::int64_t>(writer.writtenMs());
         writer.closeOutput();
-        if (!m_canceled && partial.created())
+        stopped = m_canceled; // a cancel after this point comes too late: the file is whole
+        if (!stopped && partial.created())
             partial.commit(m_permissions.overwrite);
     } catch (const std::exception& error) {
         LOG_ERROR(texts.logger, texts.failed, targetText, error.what());
@@ -147,7 +149,7 @@ void CutEncoder::runCut(encoding::CutWriter& writer, const encoding::CutTexts& t
         emit done(false);
         return;
     }
-    if (m_canceled) {
+    if (stopped) {
         partial.discard();
         emit canceled();
         return;
