@@ -99,6 +99,7 @@ TEST_F(CutCommandTest, ctrl_c_sigterm_and_sighup_cancel_and_remove_the_partial_f
         EXPECT_EQ(process.exitStatus(), QProcess::NormalExit) << signal;
         EXPECT_EQ(process.exitCode(), 128 + signal) << err.toStdString();
         EXPECT_THAT(err.toStdString(), HasSubstr("Canceled"));
+        EXPECT_FALSE(QFile::exists(file));
         const QStringList left = QDir(m_out.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
         EXPECT_TRUE(left.isEmpty()) << left.join(' ').toStdString();
     }

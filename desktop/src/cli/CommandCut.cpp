@@ -235,7 +235,9 @@ int runCut(const QStringList& arguments) {
         QString message = QStringLiteral("Failed to save the cut to %1: %2").arg(output, encoder->failureReason());
         // Another container or re-encoding cannot help a full disk or a missing folder.
         if (!encoder->failedOnTarget())
-            message += QStringLiteral("\nTry another container or --only-video; if all else fails, --reencode.");
+            message += request->settings.forceReencoding
+                           ? QStringLiteral("\nTry another container or --only-video.")
+                           : QStringLiteral("\nTry another container or --only-video; if all else fails, --reencode.");
         cliError(message);
     } else {
         cliError(QStringLiteral("Canceled; the partial file %1 was removed").arg(output));
