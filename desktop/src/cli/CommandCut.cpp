@@ -200,7 +200,12 @@ int runCut(const QStringList& arguments) {
     encoder->moveToThread(&worker);
     QEventLoop loop;
     int exitCode = kExitFailed;
-    QObject::connect(encoder.get(), &BaseEncoder::progress, &loop, &drawProgressBar);
+    QObject::connect(encoder.get(), &BaseEncoder::progress, &loop, [&encoder](int percent) {
+        // encode() clears the flag as it starts; a signal that came just before must not be lost.
+        if (g_cancelSignal.load() != 0)
+            encoder->cancel();
+        drawProgressBar(percent);
+    });
     QObject::connect(encoder.get(), &BaseEncoder::done, &loop, [&](bool ok) {
         exitCode = ok ? 0 : kExitFailed;
         loop.quit();
