@@ -233,7 +233,7 @@ int runCut(const QStringList& arguments) {
         cliPrint(output + QLatin1Char('\n'));
         if (encoder->wroteLessThanAsked())
             cliError(QStringLiteral("Only %1 s of the %2 s asked were written: the recordings end early or could not "
-                                    "be read (--log-level warn tells which)")
+                                    "be read (the log above tells which)")
                          .arg(encoder->writtenMs() / 1000.0, 0, 'f', 1)
                          .arg(encoder->askedMs() / 1000.0, 0, 'f', 1));
     } else if (exitCode == kExitFailed) {
