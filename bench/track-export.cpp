@@ -154,6 +154,7 @@ int main(int argc, char** argv) {
 
         // The whole job as the main window runs it: read the track file, select, write, rename.
         const QString jobOutput = QDir(work).filePath("job." + extension);
+        QFile::remove(jobOutput); // the job never replaces a file of an earlier run
         TrackExtracter job({item}, jobOutput, trackType, wholeDay);
         bool ok = false;
         QObject::connect(&job, &TrackExtracter::done, [&ok](bool result) { ok = result; });

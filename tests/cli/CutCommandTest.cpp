@@ -1,4 +1,5 @@
-// reelvue-cli cut on a folder of recorder files: stream copy, rear camera turned, Ctrl+C, bad arguments.
+// reelvue-cli cut on a folder of recorder files: stream copy, rear camera turned, Ctrl+C and the other
+// stopping signals, bad arguments.
 #include "support/CliRunner.h"
 #include "support/GeneratedMedia.h"
 
@@ -76,27 +77,32 @@ TEST_F(CutCommandTest, rear_camera_reencoded_with_a_quarter_turn_and_no_sound) {
     EXPECT_NEAR(testsupport::probeDuration(file), 2.0, 0.2);
 }
 
-TEST_F(CutCommandTest, ctrl_c_cancels_and_removes_the_partial_file) {
-    const QString file = output("interrupted.mp4");
-    QProcess process;
-    process.start(QStringLiteral(REELVUE_RUN_DIR "/reelvue-cli"),
-                  {"cut", s_card->path(), "--from", "2024-03-07T14:00:00", "--to", "2024-03-07T14:00:09", "-o", file,
-                   "--reencode", "--rotation", "90"});
-    ASSERT_TRUE(process.waitForStarted());
-    QByteArray err;
-    // Interrupt once encoding is visibly under way.
-    const QRegularExpression underWay(QStringLiteral("\\] +[1-9][0-9]*%"));
-    while (!QString::fromUtf8(err).contains(underWay) && process.state() == QProcess::Running) {
-        process.waitForReadyRead(100);
+TEST_F(CutCommandTest, ctrl_c_sigterm_and_sighup_cancel_and_remove_the_partial_file) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        const QString file = output(QStringLiteral("interrupted%1.mp4").arg(signal));
+        QProcess process;
+        process.start(QStringLiteral(REELVUE_RUN_DIR "/reelvue-cli"),
+                      {"cut", s_card->path(), "--from", "2024-03-07T14:00:00", "--to", "2024-03-07T14:00:09", "-o", file,
+                       "--reencode", "--rotation", "90"});
+        ASSERT_TRUE(process.waitForStarted());
+        QByteArray err;
+        // Interrupt once encoding is visibly under way.
+        const QRegularExpression underWay(QStringLiteral("\\] +[1-9][0-9]*%"));
+        while (!QString::fromUtf8(err).contains(underWay) && process.state() == QProcess::Running) {
+            process.waitForReadyRead(100);
+            err += process.readAllStandardError();
+        }
+        ASSERT_EQ(process.state(), QProcess::Running) << err.toStdString();
+        ::kill(static_cast<pid_t>(process.processId()), signal);
+        ASSERT_TRUE(process.waitForFinished(60000));
         err += process.readAllStandardError();
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit) << signal;
+        EXPECT_EQ(process.exitCode(), 128 + signal) << err.toStdString();
+        EXPECT_THAT(err.toStdString(), HasSubstr("Canceled"));
+        EXPECT_FALSE(QFile::exists(file));
+        const QStringList left = QDir(m_out.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        EXPECT_TRUE(left.isEmpty()) << left.join(' ').toStdString();
     }
-    ASSERT_EQ(process.state(), QProcess::Running) << err.toStdString();
-    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
-    ASSERT_TRUE(process.waitForFinished(60000));
-    err += process.readAllStandardError();
-    EXPECT_EQ(process.exitCode(), 130) << err.toStdString();
-    EXPECT_THAT(err.toStdString(), HasSubstr("Canceled"));
-    EXPECT_FALSE(QFile::exists(file));
 }
 
 TEST_F(CutCommandTest, bad_requests_fail_with_the_reason) {

@@ -124,3 +124,38 @@ TEST_F(FileCopierTest, runs_on_a_worker_thread_from_a_queued_call_by_name) {
     EXPECT_EQ(progress, (std::vector<int>{0, 50, 100}));
     EXPECT_EQ(saved(), (QStringList{"REC0.MP4", "REC1.MP4"}));
 }
+
+TEST_F(FileCopierTest, copies_keep_the_modification_times_and_failures_say_why) {
+    FileCopierCommandVector commands = makeSources(2);
+    const QDateTime recorded(QDate(2024, 6, 14), QTime(9, 1, 0));
+    for (const auto& command : commands) {
+        QFile file(command.first);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(file.setFileTime(recorded, QFileDevice::FileModificationTime));
+    }
+    EXPECT_EQ(copyAll(commands).back(), "done 1");
+    for (const auto& command : commands)
+        EXPECT_EQ(QFileInfo(command.second).lastModified(), recorded) << command.second.toStdString();
+
+    FileCopier copier;
+    testsupport::JobEvents record(copier);
+    copier.copy({{commands[0].first, dir.filePath("saved/no/such/folder/REC0.MP4")}});
+    EXPECT_EQ(record.endings(), std::vector<std::string>{"done 0"});
+    EXPECT_NE(copier.failureReason().indexOf("No such file or directory"), -1) << copier.failureReason().toStdString();
+    EXPECT_TRUE(copier.failedOnTarget());
+}
+
+TEST_F(FileCopierTest, refuses_to_copy_over_a_source_or_into_the_card_before_copying_anything) {
+    const FileCopierCommandVector commands = makeSources(2);
+    const std::vector<FileCopierCommandVector> refused = {
+        {commands[0], {commands[1].first, dir.filePath("card/REC1 copy.MP4")}},   // into the card
+        {commands[0], {commands[1].first, dir.filePath("card/../card/REC0.MP4")}}, // over a source
+    };
+    for (const FileCopierCommandVector& run : refused) {
+        const Events events = copyAll(run, [this](FileCopier& copier) { copier.setPermissions({dir.filePath("card"), false}); });
+        EXPECT_EQ(events, (Events{"progress 0", "done 0"}));
+        EXPECT_TRUE(saved().isEmpty());
+    }
+    EXPECT_EQ(testsupport::readFile(commands[0].first), QByteArray(1000, 'a'));
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath("card/REC1 copy.MP4")));
+}

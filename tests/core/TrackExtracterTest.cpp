@@ -126,12 +126,13 @@ TEST_F(TrackExtracterTest, nmea_copy_of_an_interval_loads_back_to_the_same_posit
         const TimeInterval interval{trackTimeToDateTime(all[1].time), trackTimeToDateTime(all[all.size() - 2].time)};
         const TrackPositions expected = positionsBetween(source, interval);
 
-        TrackExtracter job({itemWithTrack(source)}, output("copy.nmea"), TrackExtracter::Nmea, interval);
+        const QString copy = output(QFileInfo(source).completeBaseName() + ".copy.nmea");
+        TrackExtracter job({itemWithTrack(source)}, copy, TrackExtracter::Nmea, interval);
         JobEvents record(job);
         job.run();
         ASSERT_EQ(record.endings(), std::vector<std::string>{"done 1"}) << fixture;
 
-        const TrackPositions copied = TrackLoader::load(output("copy.nmea")).positions;
+        const TrackPositions copied = TrackLoader::load(copy).positions;
         ASSERT_EQ(copied.size(), expected.size()) << fixture;
         for (std::size_t i = 0; i < copied.size(); ++i) {
             EXPECT_EQ(copied[i].time, expected[i].time) << fixture << " #" << i;
@@ -141,7 +142,7 @@ TEST_F(TrackExtracterTest, nmea_copy_of_an_interval_loads_back_to_the_same_posit
         }
         // Every copied line is a sentence of the source, unchanged.
         const QByteArray original = readFile(source);
-        for (const QByteArray& line : readFile(output("copy.nmea")).split('\n')) {
+        for (const QByteArray& line : readFile(copy).split('\n')) {
             if (!line.isEmpty()) {
                 EXPECT_TRUE(original.contains(line + '\n')) << line.toStdString();
             }

@@ -31,15 +31,21 @@ QStringList csvLines(const QString& text) {
 
 bool generateVideo(const QString& path, const MediaOptions& media) {
     const QString seconds = QString::number(media.seconds);
-    QStringList arguments{"-v", "error", "-y", "-f", "lavfi", "-i",
-                          QStringLiteral("%1=size=%2x%3:rate=25").arg(media.pattern).arg(media.width).arg(media.height)};
+    QStringList arguments{"-v", "error", "-y"};
+    if (media.withVideo)
+        arguments << "-f" << "lavfi" << "-i"
+                  << QStringLiteral("%1=size=%2x%3:rate=25").arg(media.pattern).arg(media.width).arg(media.height);
     if (media.sampleRate > 0)
         arguments << "-f" << "lavfi" << "-i" << QStringLiteral("sine=frequency=440:sample_rate=%1").arg(media.sampleRate);
-    arguments << "-t" << seconds << "-c:v" << "libx264" << "-preset" << "ultrafast" << "-pix_fmt" << "yuv420p"
-              << "-g" << QString::number(media.keyFrameInterval) << "-keyint_min" << QString::number(media.keyFrameInterval)
-              << "-sc_threshold" << "0" << "-b:v" << "300k";
+    arguments << "-t" << seconds;
+    if (media.withVideo)
+        arguments << "-c:v" << "libx264" << "-preset" << "ultrafast" << "-pix_fmt" << "yuv420p" << "-g"
+                  << QString::number(media.keyFrameInterval) << "-keyint_min" << QString::number(media.keyFrameInterval)
+                  << "-sc_threshold" << "0" << "-b:v" << "300k";
     if (media.sampleRate > 0)
         arguments << "-c:a" << "aac" << "-b:a" << "64k";
+    if (media.indexFirst)
+        arguments << "-movflags" << "+faststart";
     arguments << path;
     bool ok = false;
     run(QStringLiteral("ffmpeg"), arguments, &ok);

@@ -14,6 +14,8 @@ struct MediaOptions {
     int keyFrameInterval = 25; // frames at 25 fps: one key frame a second
     int sampleRate = 44100;    // 0: no audio
     QString pattern = QStringLiteral("testsrc2");
+    bool withVideo = true;   // false: a file of sound alone
+    bool indexFirst = false; // the MP4 index (moov) before the data, so a cut-off file still opens
 };
 
 // Writes an H.264/AAC file; false (with the reason on stderr) when ffmpeg fails.

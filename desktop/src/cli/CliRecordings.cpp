@@ -67,7 +67,8 @@ std::optional<QDateTime> cliParseTime(const QString& text) {
     return time;
 }
 
-std::optional<CliOptions> cliParseOptions(const QStringList& arguments, const QStringList& known, QString* error) {
+std::optional<CliOptions> cliParseOptions(const QStringList& arguments, const QStringList& known, QString* error,
+                                          const QStringList& flags) {
     CliOptions options;
     for (int i = 0; i < arguments.size(); ++i) {
         const QString& argument = arguments[i];
@@ -81,6 +82,11 @@ std::optional<CliOptions> cliParseOptions(const QStringList& arguments, const QS
         }
         QString name = argument;
         QString value;
+        if (flags.contains(argument)) {
+            options.names << name;
+            options.values << value;
+            continue;
+        }
         const int equals = argument.indexOf(QLatin1Char('='));
         if (argument.startsWith(QLatin1String("--")) && equals > 0) {
             name = argument.left(equals);
@@ -99,4 +105,15 @@ std::optional<CliOptions> cliParseOptions(const QStringList& arguments, const QS
         options.values << value;
     }
     return options;
+}
+
+exporttarget::Permissions cliPermissions(const QString& path, bool force) {
+    const QFileInfo given(path);
+    return {given.isDir() ? given.absoluteFilePath() : QString(), force};
+}
+
+QString cliRefusalText(const exporttarget::Refusal& refusal) {
+    if (refusal.kind == exporttarget::Refusal::Exists)
+        return QStringLiteral("Refused: %1 (--force replaces it)").arg(refusal.text);
+    return QStringLiteral("Refused: %1").arg(refusal.text);
 }

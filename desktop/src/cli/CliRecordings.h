@@ -1,6 +1,7 @@
 // What the export commands of reelvue-cli share: reading PATH into recordings, and their time options.
 #pragma once
 
+#include "core/ExportTarget.h"
 #include "core/Playlist.h"
 #include "core/TimeInterval.h"
 
@@ -30,5 +31,13 @@ struct CliOptions {
     }
     bool has(const QString& name) const { return names.contains(name); }
 };
-// Fails (nothing returned) on an unknown option, an option without value or a second PATH.
-std::optional<CliOptions> cliParseOptions(const QStringList& arguments, const QStringList& known, QString* error);
+// Fails (nothing returned) on an unknown option, an option without value or a second PATH. `flags` are
+// options without a value, such as "--force".
+std::optional<CliOptions> cliParseOptions(const QStringList& arguments, const QStringList& known, QString* error,
+                                          const QStringList& flags = {});
+
+// What an export of the recordings read from PATH may do: nothing is written inside PATH when it is a
+// folder (the card), and an existing output is replaced only with --force.
+exporttarget::Permissions cliPermissions(const QString& path, bool force);
+// The refusal's text for the command line, with the way out where there is one.
+QString cliRefusalText(const exporttarget::Refusal& refusal);

@@ -1,5 +1,7 @@
 // reelvue-cli copy PATH --from T --to T -o DIR: copies the original files (main and rear video, track) of
-// the recordings that share time with the interval into DIR, unchanged, as the player's "Save" does.
+// the recordings that share time with the interval into DIR, unchanged and with their modification times,
+// as the player's "Save" does. DIR must not lie inside PATH when PATH is a folder (the card); nothing is
+// ever overwritten.
 #include "cli/CliCommand.h"
 #include "cli/CliRecordings.h"
 #include "core/ExportPaths.h"
@@ -44,11 +46,23 @@ int runCopy(const QStringList& arguments) {
         cliError(QStringLiteral("No recording between %1 and %2").arg(from->toString(kCliTimeFormat), to->toString(kCliTimeFormat)));
         return 1;
     }
+    const exporttarget::Permissions permissions = cliPermissions(options->path, false);
+    if (const exporttarget::Refusal refused = exporttarget::folderRefusal(directory, permissions)) {
+        cliError(cliRefusalText(refused));
+        return 1;
+    }
+    const FileCopierCommandVector commands = exportpaths::copyCommands(chosen, directory);
+    const QStringList inputs = exporttarget::inputFiles(*items);
+    for (const auto& command : commands) {
+        if (const exporttarget::Refusal refused = exporttarget::refusal(command.second, inputs, {QString(), true})) {
+            cliError(cliRefusalText(refused));
+            return 1;
+        }
+    }
     if (!QDir().mkpath(directory)) {
         cliError(QStringLiteral("%1: can't create the folder").arg(directory));
         return 1;
     }
-    const FileCopierCommandVector commands = exportpaths::copyCommands(chosen, directory);
     // The copier never overwrites and would stop at the first existing file; say which ones at once.
     const QStringList existing = exportpaths::existingDestinations(commands);
     if (!existing.isEmpty()) {
@@ -57,11 +71,13 @@ int runCopy(const QStringList& arguments) {
     }
 
     FileCopier copier;
+    copier.setPermissions(permissions);
     bool copied = false;
     QObject::connect(&copier, &FileCopier::done, [&copied](bool ok) { copied = ok; });
     copier.copy(commands);
     if (!copied) {
-        cliError(QStringLiteral("Failed to copy into %1; the files copied before the failure are kept").arg(directory));
+        cliError(QStringLiteral("Failed to copy into %1: %2\nThe files copied before the failure are kept")
+                     .arg(directory, copier.failureReason()));
         return 1;
     }
     for (const auto& command : commands)

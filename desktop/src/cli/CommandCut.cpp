@@ -1,6 +1,9 @@
 // reelvue-cli cut: saves an interval of a card, folder or video as one new video, by stream copy or
-// re-encoded (turned), with a progress bar on standard error; Ctrl+C cancels and removes the partial file.
+// re-encoded (turned), with a progress bar on standard error; Ctrl+C, SIGTERM and SIGHUP cancel and remove
+// the partial file. It never writes over a recording it reads or into the card, nor over an existing file
+// without --force.
 #include "cli/CliCommand.h"
+#include "cli/CliRecordings.h"
 #include "core/PlaylistLoader.h"
 #include "core/encoding/Coder.h"
 #include "core/encoding/CutItems.h"
@@ -22,23 +25,28 @@ extern "C" {
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace {
 
 const QString kTimeFormat = QStringLiteral("yyyy-MM-ddTHH:mm:ss");
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
-constexpr int kExitCanceled = 130; // what shells report for a program ended by SIGINT
+constexpr int kExitSignaled = 128; // plus the signal's number, as shells report a program ended by it
+constexpr int kCancelSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
-// The encoder that SIGINT cancels; cancel() only stores an atomic flag, which is safe in a handler.
+// The encoder that the signals cancel; cancel() only stores an atomic flag, which is safe in a handler.
 std::atomic<BaseEncoder*> g_runningEncoder{nullptr};
+std::atomic<int> g_cancelSignal{0};
 
-extern "C" void cancelOnInterrupt(int) {
+extern "C" void cancelOnSignal(int signal) {
+    g_cancelSignal = signal;
     if (BaseEncoder* encoder = g_runningEncoder.load())
         encoder->cancel();
 }
 
 struct CutRequest {
+    bool force = false;
     QString path;
     TimeInterval interval;
     EncodingSettings settings;
@@ -73,6 +81,8 @@ std::optional<CutRequest> parseArguments(const QStringList& arguments, QString& 
                 error = QStringLiteral("--camera must be main or rear, not '%1'").arg(camera);
         } else if (argument == QLatin1String("--only-video")) {
             request.settings.onlyVideo = true;
+        } else if (argument == QLatin1String("--force")) {
+            request.force = true;
         } else if (argument == QLatin1String("--reencode")) {
             request.settings.forceReencoding = true;
         } else if (argument == QLatin1String("--rotation")) {
@@ -168,53 +178,80 @@ int runCut(const QStringList& arguments) {
         return kExitFailed;
     }
 
+    const exporttarget::Permissions permissions = cliPermissions(request->path, request->force);
+    const exporttarget::Refusal refused = exporttarget::refusal(
+        request->settings.filePath, exporttarget::inputFiles(items), permissions);
+    if (refused) {
+        cliError(cliRefusalText(refused));
+        return kExitFailed;
+    }
+
     // FFmpeg's own chatter (encoder statistics) only when the log is detailed too.
     if (!logging::isEnabled(logging::DEBUG))
         av_log_set_level(AV_LOG_ERROR);
-    std::unique_ptr<BaseEncoder> encoder;
+    std::unique_ptr<CutEncoder> encoder;
     if (request->settings.forceReencoding)
         encoder = std::make_unique<Coder>(items, request->interval, request->settings);
     else
         encoder = std::make_unique<Remuxer>(items, request->interval, request->settings);
+    encoder->setPermissions(permissions);
 
     QThread worker;
     encoder->moveToThread(&worker);
     QEventLoop loop;
     int exitCode = kExitFailed;
-    QObject::connect(encoder.get(), &BaseEncoder::progress, &loop, &drawProgressBar);
+    QObject::connect(encoder.get(), &BaseEncoder::progress, &loop, [&encoder](int percent) {
+        // encode() clears the flag as it starts; a signal that came just before must not be lost.
+        if (g_cancelSignal.load() != 0)
+            encoder->cancel();
+        drawProgressBar(percent);
+    });
     QObject::connect(encoder.get(), &BaseEncoder::done, &loop, [&](bool ok) {
         exitCode = ok ? 0 : kExitFailed;
         loop.quit();
     });
     QObject::connect(encoder.get(), &BaseEncoder::canceled, &loop, [&] {
-        exitCode = kExitCanceled;
+        exitCode = kExitSignaled + g_cancelSignal.load();
         loop.quit();
     });
     worker.start();
     g_runningEncoder = encoder.get();
-    const auto previousHandler = std::signal(SIGINT, &cancelOnInterrupt);
+    std::vector<void (*)(int)> previousHandlers;
+    for (int signal : kCancelSignals)
+        previousHandlers.push_back(std::signal(signal, &cancelOnSignal));
     QMetaObject::invokeMethod(encoder.get(), "encode", Qt::QueuedConnection);
     loop.exec();
-    std::signal(SIGINT, previousHandler);
+    for (std::size_t i = 0; i < previousHandlers.size(); ++i)
+        std::signal(kCancelSignals[i], previousHandlers[i]);
     g_runningEncoder = nullptr;
     worker.quit();
     worker.wait();
     std::fputc('\n', stderr);
 
     const QString output = request->settings.filePath;
-    if (exitCode == 0)
+    if (exitCode == 0) {
         cliPrint(output + QLatin1Char('\n'));
-    else if (exitCode == kExitCanceled)
+        if (encoder->wroteLessThanAsked())
+            cliError(QStringLiteral("Only %1 s of the %2 s asked were written: the recordings end early or could not "
+                                    "be read (the log above tells which)")
+                         .arg(encoder->writtenMs() / 1000.0, 0, 'f', 1)
+                         .arg(encoder->askedMs() / 1000.0, 0, 'f', 1));
+    } else if (exitCode == kExitFailed) {
+        QString message = QStringLiteral("Failed to save the cut to %1: %2").arg(output, encoder->failureReason());
+        // Another container or re-encoding cannot help a full disk or a missing folder.
+        if (!encoder->failedOnTarget())
+            message += request->settings.forceReencoding
+                           ? QStringLiteral("\nTry another container or --only-video.")
+                           : QStringLiteral("\nTry another container or --only-video; if all else fails, --reencode.");
+        cliError(message);
+    } else {
         cliError(QStringLiteral("Canceled; the partial file %1 was removed").arg(output));
-    else
-        cliError(QStringLiteral("Failed to save the cut to %1 (the reason is logged above). Try another container "
-                                "or --only-video; if all else fails, --reencode.")
-                     .arg(output));
+    }
     return exitCode;
 }
 
 const CliCommandRegistration registration{
-    {"cut", "PATH --from T --to T -o OUT [--camera main|rear] [--only-video] [--reencode] [--rotation 0|90|180|270]",
+    {"cut", "PATH --from T --to T -o OUT [--camera main|rear] [--only-video] [--reencode] [--rotation 0|90|180|270] [--force]",
      "Save an interval (times yyyy-MM-ddTHH:mm:ss, local) of a card, folder or video as a new video", &runCut}};
 
 } // namespace

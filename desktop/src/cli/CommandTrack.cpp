@@ -1,12 +1,15 @@
 // reelvue-cli track PATH --format F [--from T] [--to T] -o OUT: saves the GPS track of recordings in one
-// of the player's five track formats, as its "Save track" does.
+// of the player's five track formats, as its "Save track" does. It never writes over a file it reads or
+// into the card, nor over an existing file without --force.
 #include "cli/CliCommand.h"
 #include "cli/CliRecordings.h"
 #include "core/TrackExtracter.h"
 
+#include <QFileInfo>
+
 namespace {
 
-const char* const kUsage = "PATH --format nmea|kml|gpx|csv|plt [--from T] [--to T] -o OUT";
+const char* const kUsage = "PATH --format nmea|kml|gpx|csv|plt [--from T] [--to T] -o OUT [--force]";
 
 int usageError(const QString& message) {
     cliError(QStringLiteral("%1\nUsage: reelvue-cli track %2\nT is %3 in local time")
@@ -25,7 +28,8 @@ QDateTime endOr(const CliOptions& options, const QString& name, const QDateTime&
 
 int runTrack(const QStringList& arguments) {
     QString error;
-    const auto options = cliParseOptions(arguments, {"--format", "--from", "--to", "-o", "--output"}, &error);
+    const auto options =
+        cliParseOptions(arguments, {"--format", "--from", "--to", "-o", "--output", "--force"}, &error, {"--force"});
     if (!options)
         return usageError(error);
     if (options->path.isEmpty())
@@ -50,14 +54,19 @@ int runTrack(const QStringList& arguments) {
         cliError(QStringLiteral("%1: %2").arg(options->path, error));
         return 1;
     }
-    TrackExtracter job(*items, output, *type, interval);
+    const QString target = QFileInfo(output).absoluteFilePath();
+    const exporttarget::Permissions permissions = cliPermissions(options->path, options->has("--force"));
+    if (const exporttarget::Refusal refused = exporttarget::refusal(target, exporttarget::inputFiles(*items), permissions)) {
+        cliError(cliRefusalText(refused));
+        return 1;
+    }
+    TrackExtracter job(*items, target, *type, interval);
+    job.setPermissions(permissions);
     bool written = false;
     QObject::connect(&job, &TrackExtracter::done, [&written](bool ok) { written = ok; });
     job.run();
     if (!written) {
-        cliError(QStringLiteral("Failed to save track to %1 (no GPS position in the interval, or the file can't be "
-                                "written; --log-level error tells which)")
-                     .arg(output));
+        cliError(QStringLiteral("Failed to save track to %1: %2").arg(output, job.failureReason()));
         return 1;
     }
     cliPrint(QStringLiteral("%1\n").arg(output));

@@ -63,15 +63,6 @@ private:
     std::ofstream m_out;
 };
 
-// A name beside the target for the file being written, so a file already at the target survives a
-// failed or cancelled run.
-QString partialPath(const QString& target) {
-    QString candidate = target + QStringLiteral(".part");
-    for (int n = 1; QFileInfo::exists(candidate); ++n)
-        candidate = target + QStringLiteral(".part%1").arg(n);
-    return candidate;
-}
-
 std::string text(const QDateTime& time) { return time.toString(Qt::ISODate).toStdString(); }
 
 } // namespace
@@ -95,6 +86,7 @@ std::optional<TrackExtracter::TrackType> TrackExtracter::typeFromName(const QStr
 void TrackExtracter::encode() {
     m_canceled = false;
     m_lastPercent = 0;
+    setFailure({}, false);
     const QString& target = m_settings.filePath;
     const auto started = std::chrono::steady_clock::now();
     LOG_INFO(kLogger, "Start saving the {} track from {} to {} into '{}'", extension(m_type).toStdString(),
@@ -104,35 +96,43 @@ void TrackExtracter::encode() {
     if (extension(m_type).isEmpty()) {
         LOG_ERROR(kLogger, "Failed to save track to '{}': unknown track type {}", target.toStdString(),
                   static_cast<int>(m_type));
+        setFailure(QStringLiteral("Unknown track type %1").arg(static_cast<int>(m_type)), false);
         emit done(false);
         return;
     }
     if (!m_interval.from.isValid() || !m_interval.to.isValid() || m_interval.to < m_interval.from) {
         LOG_ERROR(kLogger, "Failed to save track to '{}': invalid interval from {} to {}", target.toStdString(),
                   text(m_interval.from), text(m_interval.to));
+        setFailure(QStringLiteral("Invalid interval"), false);
         emit done(false);
         return;
     }
     m_from = trackTimeFromSeconds(m_interval.from.toSecsSinceEpoch());
     m_to = trackTimeFromSeconds(m_interval.to.toSecsSinceEpoch());
 
-    const QString partial = partialPath(target);
+    if (const exporttarget::Refusal refused = targetRefusal()) {
+        LOG_ERROR(kLogger, "Failed to save track to '{}': {}", target.toStdString(), refused.text.toStdString());
+        setFailure(refused.text, true);
+        emit done(false);
+        return;
+    }
+    PartialFile partial(target);
     Outcome outcome = Outcome::Failed;
     try {
-        outcome = writeTo(partial);
+        partial.create();
+        partial.closeDescriptor(); // the stream opens the file by its name
+        outcome = writeTo(partial.path());
+        if (outcome == Outcome::Written && m_canceled)
+            outcome = Outcome::Canceled;
+        if (outcome == Outcome::Written)
+            partial.commit(m_permissions.overwrite);
     } catch (const std::exception& error) {
         LOG_ERROR(kLogger, "Failed to save track to '{}': {}", target.toStdString(), error.what());
-    }
-    if (outcome == Outcome::Written && m_canceled)
-        outcome = Outcome::Canceled;
-    if (outcome == Outcome::Written && std::rename(QFile::encodeName(partial).constData(),
-                                                   QFile::encodeName(target).constData()) != 0) {
-        LOG_ERROR(kLogger, "Failed to save track to '{}': can't rename '{}': {}", target.toStdString(),
-                  partial.toStdString(), std::strerror(errno));
+        setFailure(QString::fromStdString(error.what()), dynamic_cast<const exporttarget::TargetError*>(&error) != nullptr);
         outcome = Outcome::Failed;
     }
     if (outcome != Outcome::Written)
-        QFile::remove(partial);
+        partial.discard();
 
     switch (outcome) {
     case Outcome::Written: {
@@ -194,8 +194,11 @@ void TrackExtracter::reportItemProgress(std::size_t done, std::size_t total) {
 
 TrackExtracter::Outcome TrackExtracter::writePositions(const QString& path) {
     const Playlist::RawItems items = itemsWithTrackInInterval();
-    if (items.empty())
+    if (items.empty()) {
+        setFailure(QStringLiteral("No track file covers %1 to %2").arg(m_interval.from.toString(Qt::ISODate),
+                                                                         m_interval.to.toString(Qt::ISODate)), false);
         return Outcome::Failed;
+    }
 
     TrackPositions positions;
     for (std::size_t i = 0; i < items.size(); ++i) {
@@ -215,6 +218,8 @@ TrackExtracter::Outcome TrackExtracter::writePositions(const QString& path) {
         return Outcome::Canceled;
     if (positions.empty()) {
         LOG_ERROR(kLogger, "No track position from {} to {}", text(m_interval.from), text(m_interval.to));
+        setFailure(QStringLiteral("No GPS position from %1 to %2").arg(m_interval.from.toString(Qt::ISODate),
+                                                                         m_interval.to.toString(Qt::ISODate)), false);
         return Outcome::Failed;
     }
     // Items are in playlist order; tracks of neighbouring items may still interleave.
@@ -222,10 +227,9 @@ TrackExtracter::Outcome TrackExtracter::writePositions(const QString& path) {
                      [](const TrackPosition& a, const TrackPosition& b) { return a.time < b.time; });
 
     BufferedOutputFile file(path);
-    if (!file.isOpen()) {
-        LOG_ERROR(kLogger, "Can't open '{}' for writing", path.toStdString());
-        return Outcome::Failed;
-    }
+    if (!file.isOpen())
+        throw exporttarget::TargetError(fmt::format("Can't open '{}' for writing: {}", path.toStdString(),
+                                                    exporttarget::systemErrorText(errno)));
     switch (m_type) {
     case Kml:
         trackformats::writeKml(file.stream(), positions);
@@ -242,24 +246,25 @@ TrackExtracter::Outcome TrackExtracter::writePositions(const QString& path) {
     case Nmea:
         break;
     }
-    if (!file.close()) {
-        LOG_ERROR(kLogger, "Writing '{}' failed", path.toStdString());
-        return Outcome::Failed;
-    }
+    if (!file.close())
+        throw exporttarget::TargetError(fmt::format("Writing '{}' failed: {}", path.toStdString(),
+                                                    exporttarget::systemErrorText(errno)));
     LOG_DEBUG(kLogger, "Wrote {} positions", positions.size());
     return Outcome::Written;
 }
 
 TrackExtracter::Outcome TrackExtracter::writeNmeaCopy(const QString& path) {
     const Playlist::RawItems items = itemsWithTrackInInterval();
-    if (items.empty())
-        return Outcome::Failed;
-
-    BufferedOutputFile file(path);
-    if (!file.isOpen()) {
-        LOG_ERROR(kLogger, "Can't open '{}' for writing", path.toStdString());
+    if (items.empty()) {
+        setFailure(QStringLiteral("No track file covers %1 to %2").arg(m_interval.from.toString(Qt::ISODate),
+                                                                         m_interval.to.toString(Qt::ISODate)), false);
         return Outcome::Failed;
     }
+
+    BufferedOutputFile file(path);
+    if (!file.isOpen())
+        throw exporttarget::TargetError(fmt::format("Can't open '{}' for writing: {}", path.toStdString(),
+                                                    exporttarget::systemErrorText(errno)));
     StdOutputStream output(file.stream());
     std::uint64_t copied = 0;
     for (std::size_t i = 0; i < items.size(); ++i) {
@@ -277,20 +282,22 @@ TrackExtracter::Outcome TrackExtracter::writeNmeaCopy(const QString& path) {
                 copied += extracter.extract(&input, &output);
             } catch (const std::exception& error) {
                 LOG_ERROR(kLogger, "Failed to copy sentences of '{}': {}", trackPath.toStdString(), error.what());
-                if (!file.stream())
-                    return Outcome::Failed; // the output broke, not the input
+                if (!file.stream()) // the output broke, not the input
+                    throw exporttarget::TargetError(fmt::format("Writing '{}' failed: {}", path.toStdString(),
+                                                                exporttarget::systemErrorText(errno)));
             }
         }
         reportItemProgress(i + 1, items.size());
     }
     if (m_canceled)
         return Outcome::Canceled;
-    if (!file.close()) {
-        LOG_ERROR(kLogger, "Writing '{}' failed", path.toStdString());
-        return Outcome::Failed;
-    }
+    if (!file.close())
+        throw exporttarget::TargetError(fmt::format("Writing '{}' failed: {}", path.toStdString(),
+                                                    exporttarget::systemErrorText(errno)));
     if (copied == 0) {
         LOG_ERROR(kLogger, "No NMEA sentence from {} to {}", text(m_interval.from), text(m_interval.to));
+        setFailure(QStringLiteral("No NMEA sentence from %1 to %2").arg(m_interval.from.toString(Qt::ISODate),
+                                                                          m_interval.to.toString(Qt::ISODate)), false);
         return Outcome::Failed;
     }
     LOG_DEBUG(kLogger, "Copied {} sentences", copied);

@@ -9,8 +9,10 @@
 
 // A background job in the shape of every export: moved to the worker thread, started by a queued call
 // of encode() (or run(), its other name), cancelled by a direct call of cancel(). Ends with exactly one
-// of done(true), done(false) or canceled(); on failure or cancel no output file is left, and a file that
-// was already at the output path is kept as it was. A run with no position in the interval fails.
+// of done(true), done(false) or canceled(). The file is written beside the target under a temporary name and
+// renamed into place when whole; on failure or cancel only that temporary file is removed. It refuses to
+// write over a track or video of its items, into the protected folder, or over an existing file unless
+// permitted (BaseEncoder::setPermissions). A run with no position in the interval fails.
 //
 // The NMEA copy keeps only the sentences that lie in the interval, unchanged, so that the copy loads
 // back to the interval's positions. The other formats load the items' track files and write the

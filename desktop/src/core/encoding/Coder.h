@@ -2,10 +2,10 @@
 // export that can turn the picture.
 #pragma once
 
-#include "core/BaseEncoder.h"
+#include "core/encoding/CutEncoder.h"
 
 // Lives in a worker thread; encode() runs there, cancel() may come from any thread.
-class Coder : public BaseEncoder {
+class Coder : public CutEncoder {
     Q_OBJECT
 public:
     Coder(Playlist::RawItems items, TimeInterval interval, EncodingSettings settings, QObject* parent = nullptr);

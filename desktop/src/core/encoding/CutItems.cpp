@@ -1,11 +1,14 @@
 // What the encoders share about a cut: its length, which file of an item to read, FFmpeg error texts.
 #include "core/encoding/CutItems.h"
 
+#include "core/ExportTarget.h"
+
 extern "C" {
 #include <libavutil/error.h>
 }
 
 #include <algorithm>
+#include <cerrno>
 
 namespace encoding {
 
@@ -36,6 +39,13 @@ std::string ffmpegErrorText(int error) {
     char buffer[512] = {};
     av_strerror(error, buffer, sizeof buffer);
     return buffer;
+}
+
+void failWriting(const std::string& text, int error) {
+    for (int code : {ENOSPC, EDQUOT, EIO, EROFS, EACCES, EPERM, ENOENT, ENOTDIR, EFBIG, ENODEV, ENXIO})
+        if (error == AVERROR(code))
+            throw exporttarget::TargetError(text);
+    throw std::runtime_error(text);
 }
 
 } // namespace encoding

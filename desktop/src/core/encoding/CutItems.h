@@ -23,4 +23,8 @@ std::string ffmpegPath(const QString& path);
 // av_strerror's text for an FFmpeg error code.
 std::string ffmpegErrorText(int error);
 
+// Throws `text` as an exporttarget::TargetError when FFmpeg's `error` is one of the disk or folder written
+// to (full, gone, read-only, not allowed), otherwise as a std::runtime_error.
+[[noreturn]] void failWriting(const std::string& text, int error);
+
 } // namespace encoding

@@ -4,13 +4,11 @@
 #include "core/encoding/CutItems.h"
 #include "logging/Logging.h"
 
-#include <QElapsedTimer>
-#include <QFile>
-
 extern "C" {
 #include <libavformat/avformat.h>
 }
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
@@ -21,212 +19,161 @@ namespace {
 constexpr const char* kLogger = "ui.Remuxer";
 constexpr std::int64_t kUnsetOffset = std::numeric_limits<std::int64_t>::max();
 
-// Creates the muxer from the first input that opens; logs and returns false on failure.
-bool createOutput(AVFormatContext** output, const AVFormatContext* input, const QString& path, bool onlyVideo) {
-    LOG_DEBUG(kLogger, "Create output file: '{}'", path.toStdString());
-    const std::string utf8Path = encoding::ffmpegPath(path);
-    AVFormatContext* out = nullptr;
-    const int allocated = avformat_alloc_output_context2(&out, nullptr, nullptr, utf8Path.c_str());
-    if (allocated < 0 || !out) {
-        LOG_ERROR(kLogger, "Can't allocate output context: '{}'", encoding::ffmpegErrorText(allocated));
-        return false;
+const encoding::CutTexts kTexts{kLogger,
+                                "Start remuxing to '{}'",
+                                "Remuxe from '{}'",
+                                "Caught exception in remuxing loop on '{}': {}",
+                                "Failed to remuxe to '{}': {}",
+                                "Remuxing to '{}' has been finished ({} ms)"};
+
+// Copies the packets of each file into one muxer, their timestamps moved so the files follow one another.
+class StreamCopyWriter : public encoding::CutWriter {
+public:
+    explicit StreamCopyWriter(bool onlyVideo) : m_onlyVideo(onlyVideo) {}
+    ~StreamCopyWriter() override { closeOutput(); }
+
+    void prepareInput(AVFormatContext*, const QString&) override {}
+    bool hasOutput() const override { return m_output != nullptr; }
+    void createOutput(AVFormatContext* input, const QString& targetPath, const QString& writePath) override;
+    int seekFlags() const override { return 0; }
+    void beginFile(AVFormatContext* input, const QString&, const encoding::FileSpan& span) override {
+        m_input = input;
+        m_fileStart = span.begin;
+        m_to = span.begin.addMSecs(static_cast<qint64>(span.endMs));
+        m_nextDts.assign(input->nb_streams, AV_NOPTS_VALUE);
     }
-    *output = out;
+    bool writePacket(AVPacket* packet) override;
+    void readFailed(int) override {} // a damaged end of a file ends that file, as the end of the file does
+    void endFile(bool) override {
+        // The next file continues where this one's last packet of each stream ended.
+        for (std::size_t i = 0; i < m_nextDts.size() && i < m_offsets.size(); ++i)
+            if (m_nextDts[i] != AV_NOPTS_VALUE)
+                m_offsets[i] = m_nextDts[i];
+        m_input = nullptr;
+    }
+    double writtenMs() const override { return m_writtenMs; }
+    void finishOutput(bool canceled) override {
+        const int trailer = av_write_trailer(m_output);
+        if (trailer < 0 && !canceled)
+            encoding::failWriting(fmt::format("Error while write a frame: {}", encoding::ffmpegErrorText(trailer)), trailer);
+        const int closed = avio_closep(&m_output->pb);
+        if (closed < 0 && !canceled)
+            encoding::failWriting(fmt::format("Error while write a frame: {}", encoding::ffmpegErrorText(closed)), closed);
+    }
+    void closeOutput() override {
+        if (!m_output)
+            return;
+        if (!(m_output->oformat->flags & AVFMT_NOFILE))
+            avio_closep(&m_output->pb);
+        avformat_free_context(m_output);
+        m_output = nullptr;
+    }
+
+private:
+    bool m_onlyVideo;
+    AVFormatContext* m_output = nullptr;
+    AVFormatContext* m_input = nullptr;
+    QDateTime m_fileStart;
+    QDateTime m_to;
+    std::vector<std::int64_t> m_offsets; // per stream of the first input, in the output time base
+    std::vector<std::int64_t> m_nextDts; // per stream of the current input: dts + duration of its last packet
+    // Per stream, the last dts written, so a join never lets a stream's dts go backwards.
+    std::vector<std::int64_t> m_lastDts;
+    double m_writtenMs = 0.0;
+};
+
+void StreamCopyWriter::createOutput(AVFormatContext* input, const QString& targetPath, const QString& writePath) {
+    LOG_DEBUG(kLogger, "Create output file: '{}'", targetPath.toStdString());
+    auto failure = [&](const std::string& reason, int error) {
+        encoding::failWriting(fmt::format("Failed create output file: '{}': {}", targetPath.toStdString(), reason), error);
+    };
+    const std::string utf8Target = encoding::ffmpegPath(targetPath);
+    const int allocated = avformat_alloc_output_context2(&m_output, nullptr, nullptr, utf8Target.c_str());
+    if (allocated < 0 || !m_output) {
+        const std::string text = encoding::ffmpegErrorText(allocated);
+        LOG_ERROR(kLogger, "Can't allocate output context: '{}'", text);
+        failure(fmt::format("no container for this file name ({})", text), 0);
+    }
     for (unsigned i = 0; i < input->nb_streams; ++i) {
         const AVStream* inStream = input->streams[i];
-        if (onlyVideo && inStream->codecpar->codec_type != AVMEDIA_TYPE_VIDEO)
+        if (m_onlyVideo && inStream->codecpar->codec_type != AVMEDIA_TYPE_VIDEO)
             continue;
-        AVStream* outStream = avformat_new_stream(out, nullptr);
+        AVStream* outStream = avformat_new_stream(m_output, nullptr);
         if (!outStream) {
             LOG_ERROR(kLogger, "Failed allocating output stream");
-            return false;
+            failure("Failed allocating output stream", 0);
         }
         const int copied = avcodec_parameters_copy(outStream->codecpar, inStream->codecpar);
         if (copied < 0) {
             LOG_ERROR(kLogger, "Fail copy stream parameters: '{}'", encoding::ffmpegErrorText(copied));
-            return false;
+            failure(encoding::ffmpegErrorText(copied), 0);
         }
         outStream->codecpar->codec_tag = 0; // the muxer chooses a tag of its own container
     }
-    if (avio_open(&out->pb, utf8Path.c_str(), AVIO_FLAG_WRITE) < 0) {
-        LOG_ERROR(kLogger, "Could not open output file '{}'", path.toStdString());
-        return false;
+    const std::string utf8Write = encoding::ffmpegPath(writePath);
+    const int opened = avio_open(&m_output->pb, utf8Write.c_str(), AVIO_FLAG_WRITE);
+    if (opened < 0) {
+        LOG_ERROR(kLogger, "Could not open output file '{}'", targetPath.toStdString());
+        failure(encoding::ffmpegErrorText(opened), opened);
     }
-    if (avformat_write_header(out, nullptr) < 0) {
-        LOG_ERROR(kLogger, "Can't write header inno file: '{}'", path.toStdString());
-        avio_closep(&out->pb);
-        return false;
+    const int header = avformat_write_header(m_output, nullptr);
+    if (header < 0) {
+        LOG_ERROR(kLogger, "Can't write header inno file: '{}'", targetPath.toStdString());
+        avio_closep(&m_output->pb);
+        failure(encoding::ffmpegErrorText(header), header);
     }
+    m_offsets.assign(input->nb_streams, kUnsetOffset);
+    m_lastDts.assign(input->nb_streams, AV_NOPTS_VALUE);
+}
+
+bool StreamCopyWriter::writePacket(AVPacket* pkt) {
+    const unsigned index = static_cast<unsigned>(pkt->stream_index);
+    const AVStream* in = m_input->streams[index];
+    const bool isVideo = in->codecpar->codec_type == AVMEDIA_TYPE_VIDEO;
+    if (m_onlyVideo && !isVideo)
+        return true;
+    if (isVideo && (pkt->flags & AV_PKT_FLAG_KEY)) {
+        const QDateTime t = m_fileStart.addMSecs(
+            static_cast<qint64>(static_cast<double>(pkt->pts) * in->time_base.num / in->time_base.den * 1000.0));
+        if (m_to < t)
+            return false;
+    }
+    // A later file may carry streams the first one did not: those have no output.
+    if (index >= m_offsets.size() || index >= m_output->nb_streams)
+        return true;
+    const AVStream* out = m_output->streams[index];
+    if (in->codecpar->codec_type != out->codecpar->codec_type)
+        throw std::runtime_error(fmt::format("Unexpected stream type: {}", static_cast<int>(in->codecpar->codec_type)));
+    const auto rounding = static_cast<AVRounding>(AV_ROUND_NEAR_INF | AV_ROUND_PASS_MINMAX);
+    const std::int64_t dts = av_rescale_q_rnd(pkt->dts, in->time_base, out->time_base, rounding);
+    if (m_offsets[index] == kUnsetOffset)
+        m_offsets[index] = -dts;
+    else if (m_nextDts[index] == AV_NOPTS_VALUE && m_lastDts[index] != AV_NOPTS_VALUE &&
+             dts + m_offsets[index] <= m_lastDts[index])
+        // First packet of a later file that starts below zero (B-frame delay, audio priming): move it just
+        // past the previous file so the muxer's dts keeps rising.
+        m_offsets[index] = m_lastDts[index] + 1 - dts;
+    if (pkt->pts != AV_NOPTS_VALUE)
+        pkt->pts = av_rescale_q_rnd(pkt->pts, in->time_base, out->time_base, rounding) + m_offsets[index];
+    pkt->dts = dts + m_offsets[index];
+    pkt->duration = av_rescale_q(pkt->duration, in->time_base, out->time_base);
+    m_nextDts[index] = pkt->dts + pkt->duration;
+    m_lastDts[index] = pkt->dts;
+    pkt->pos = -1;
+    const double endMs = static_cast<double>(m_nextDts[index]) * out->time_base.num / out->time_base.den * 1000.0;
+    const int written = av_interleaved_write_frame(m_output, pkt);
+    if (written < 0)
+        encoding::failWriting(fmt::format("Error while write a frame: {}", encoding::ffmpegErrorText(written)), written);
+    m_writtenMs = std::max(m_writtenMs, endMs);
     return true;
 }
-
-void freeOutput(AVFormatContext*& output) {
-    if (!output)
-        return;
-    if (!(output->oformat->flags & AVFMT_NOFILE))
-        avio_closep(&output->pb);
-    avformat_free_context(output);
-    output = nullptr;
-}
-
-struct PacketGuard {
-    AVPacket* packet = av_packet_alloc();
-    ~PacketGuard() { av_packet_free(&packet); }
-};
-
-struct InputGuard {
-    AVFormatContext* context = nullptr;
-    ~InputGuard() { avformat_close_input(&context); }
-};
 
 } // namespace
 
 Remuxer::Remuxer(Playlist::RawItems items, TimeInterval interval, EncodingSettings settings, QObject* parent)
-    : BaseEncoder(std::move(items), std::move(interval), std::move(settings), parent) {}
+    : CutEncoder(std::move(items), std::move(interval), std::move(settings), parent) {}
 
 void Remuxer::encode() {
-    m_canceled = false;
-    const QString outputPath = m_settings.filePath;
-    LOG_INFO(kLogger, "Start remuxing to '{}'", outputPath.toStdString());
-    QElapsedTimer stopwatch;
-    stopwatch.start();
-    const Playlist::RawItems items = m_items;
-    const std::int64_t totalMs = encoding::cutLengthMs(items, m_interval);
-    emit progress(0);
-
-    AVFormatContext* outputContext = nullptr;
-    try {
-        std::vector<std::int64_t> offsets;
-        // Per stream, the last dts written, so a join never lets a stream's dts go backwards.
-        std::vector<std::int64_t> lastDts;
-        int lastPercent = 0;
-        for (const auto& itemPtr : items) {
-            if (m_canceled)
-                break;
-            const Playlist::RawItem& item = *itemPtr;
-            if (!(m_interval.from < item.to))
-                continue;
-            if (!(item.from < m_interval.to))
-                break;
-            const QString inputPath = encoding::cutInputFile(item, m_settings.camera).filePath();
-            try {
-                LOG_DEBUG(kLogger, "Remuxe from '{}'", inputPath.toStdString());
-                InputGuard input;
-                const std::string utf8Input = encoding::ffmpegPath(inputPath);
-                if (avformat_open_input(&input.context, utf8Input.c_str(), nullptr, nullptr) < 0) {
-                    LOG_ERROR(kLogger, "Could not open input file '{}'", inputPath.toStdString());
-                    continue;
-                }
-                if (!outputContext) {
-                    if (!createOutput(&outputContext, input.context, outputPath, m_settings.onlyVideo))
-                        throw std::runtime_error(fmt::format("Failed create output file: '{}'", outputPath.toStdString()));
-                    offsets.assign(input.context->nb_streams, kUnsetOffset);
-                    lastDts.assign(input.context->nb_streams, AV_NOPTS_VALUE);
-                }
-                if (item.from < m_interval.from) {
-                    const std::int64_t ms = item.from.msecsTo(m_interval.from);
-                    if (ms > 0) {
-                        const auto ts = static_cast<std::int64_t>(static_cast<double>(ms) / 1000.0 * 1000000.0);
-                        if (av_seek_frame(input.context, -1, ts, 0) < 0)
-                            throw std::runtime_error(fmt::format("Failed seek in file: '{}'", inputPath.toStdString()));
-                    }
-                }
-                std::vector<std::int64_t> nextDts(input.context->nb_streams, AV_NOPTS_VALUE);
-                const QDateTime fileStart = item.from;
-                PacketGuard packet;
-                try {
-                    while (!m_canceled) {
-                        if (av_read_frame(input.context, packet.packet) < 0)
-                            break;
-                        AVPacket* pkt = packet.packet;
-                        const unsigned index = static_cast<unsigned>(pkt->stream_index);
-                        const AVStream* in = input.context->streams[index];
-                        const bool isVideo = in->codecpar->codec_type == AVMEDIA_TYPE_VIDEO;
-                        if (m_settings.onlyVideo && !isVideo) {
-                            av_packet_unref(pkt);
-                            continue;
-                        }
-                        if (isVideo && (pkt->flags & AV_PKT_FLAG_KEY)) {
-                            const QDateTime t = fileStart.addMSecs(static_cast<qint64>(
-                                static_cast<double>(pkt->pts) * in->time_base.num / in->time_base.den * 1000.0));
-                            if (m_interval.to < t) {
-                                av_packet_unref(pkt);
-                                break;
-                            }
-                        }
-                        // A later file may carry streams the first one did not: those have no output.
-                        if (index >= offsets.size() || index >= outputContext->nb_streams) {
-                            av_packet_unref(pkt);
-                            continue;
-                        }
-                        const AVStream* out = outputContext->streams[index];
-                        if (in->codecpar->codec_type != out->codecpar->codec_type)
-                            throw std::runtime_error(fmt::format("Unexpected stream type: {}",
-                                                                 static_cast<int>(in->codecpar->codec_type)));
-                        const auto rounding = static_cast<AVRounding>(AV_ROUND_NEAR_INF | AV_ROUND_PASS_MINMAX);
-                        const std::int64_t dts = av_rescale_q_rnd(pkt->dts, in->time_base, out->time_base, rounding);
-                        if (offsets[index] == kUnsetOffset)
-                            offsets[index] = -dts;
-                        else if (nextDts[index] == AV_NOPTS_VALUE && lastDts[index] != AV_NOPTS_VALUE &&
-                                 dts + offsets[index] <= lastDts[index])
-                            // First packet of a later file that starts below zero (B-frame delay, audio
-                            // priming): move it just past the previous file so the muxer's dts keeps rising.
-                            offsets[index] = lastDts[index] + 1 - dts;
-                        if (pkt->pts != AV_NOPTS_VALUE)
-                            pkt->pts = av_rescale_q_rnd(pkt->pts, in->time_base, out->time_base, rounding) + offsets[index];
-                        pkt->dts = dts + offsets[index];
-                        pkt->duration = av_rescale_q(pkt->duration, in->time_base, out->time_base);
-                        nextDts[index] = pkt->dts + pkt->duration;
-                        lastDts[index] = pkt->dts;
-                        pkt->pos = -1;
-                        const std::int64_t writtenDts = pkt->dts;
-                        const int written = av_interleaved_write_frame(outputContext, pkt);
-                        if (written < 0)
-                            throw std::runtime_error(fmt::format("Error while write a frame: {}",
-                                                                 encoding::ffmpegErrorText(written)));
-                        const auto ms = static_cast<std::int64_t>(
-                            static_cast<double>(writtenDts) * out->time_base.num / out->time_base.den * 1000.0);
-                        if (totalMs > 0) {
-                            const int percent = static_cast<int>(ms * 100.0 / totalMs);
-                            if (percent > lastPercent) {
-                                lastPercent = percent;
-                                emit progress(percent);
-                            }
-                        }
-                        av_packet_unref(pkt);
-                    }
-                } catch (const std::exception& error) {
-                    LOG_ERROR(kLogger, "Caught exception in remuxing loop on '{}': {}", inputPath.toStdString(), error.what());
-                    throw;
-                }
-                // The next file continues where this one's last packet of each stream ended.
-                for (std::size_t i = 0; i < nextDts.size() && i < offsets.size(); ++i)
-                    offsets[i] = nextDts[i] == AV_NOPTS_VALUE ? offsets[i] : nextDts[i];
-            } catch (const std::exception& error) {
-                LOG_WARN(kLogger, "Caught exception on '{}' ({}): {}", inputPath.toStdString(),
-                         m_settings.camera != 0 ? "associated rear video" : "", error.what());
-                throw;
-            }
-        }
-        if (outputContext) {
-            const int trailer = av_write_trailer(outputContext);
-            if (trailer < 0 && !m_canceled)
-                throw std::runtime_error(fmt::format("Error while write a frame: {}", encoding::ffmpegErrorText(trailer)));
-            avio_closep(&outputContext->pb);
-        }
-    } catch (const std::exception& error) {
-        LOG_ERROR(kLogger, "Failed to remuxe to '{}': {}", outputPath.toStdString(), error.what());
-        freeOutput(outputContext);
-        QFile::remove(outputPath);
-        emit done(false);
-        return;
-    }
-    freeOutput(outputContext);
-    if (m_canceled) {
-        QFile::remove(outputPath);
-        emit canceled();
-        return;
-    }
-    LOG_INFO(kLogger, "Remuxing to '{}' has been finished ({} ms)", outputPath.toStdString(), stopwatch.elapsed());
-    emit done(true);
+    StreamCopyWriter writer(m_settings.onlyVideo);
+    runCut(writer, kTexts);
 }

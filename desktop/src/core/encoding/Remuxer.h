@@ -2,10 +2,10 @@
 // files follow one another without a gap.
 #pragma once
 
-#include "core/BaseEncoder.h"
+#include "core/encoding/CutEncoder.h"
 
 // Lives in a worker thread; encode() runs there, cancel() may come from any thread.
-class Remuxer : public BaseEncoder {
+class Remuxer : public CutEncoder {
     Q_OBJECT
 public:
     Remuxer(Playlist::RawItems items, TimeInterval interval, EncodingSettings settings, QObject* parent = nullptr);
