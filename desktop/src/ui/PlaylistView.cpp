@@ -26,8 +26,9 @@ constexpr int kTitleMinimumChars = 5;
 
 } // namespace
 
-PlaylistView::PlaylistView(QWidget* parent) : QTableView(parent) {
-    setItemDelegate(new PlaylistItemDelegate(this));
+PlaylistView::PlaylistView(QWidget* parent) : QTableView(parent), m_delegate(new PlaylistItemDelegate(this)) {
+    setItemDelegate(m_delegate);
+    m_delegate->setHoveredRow(-1);
     setSelectionBehavior(SelectRows);
     setSelectionMode(SingleSelection);
     setEditTriggers(NoEditTriggers);
@@ -68,6 +69,7 @@ void PlaylistView::setModel(QAbstractItemModel* model) {
     if (previousSelection && previousSelection != selectionModel())
         previousSelection->deleteLater();
     m_hoveredRow = -1;
+    m_delegate->setHoveredRow(-1);
     for (const QMetaObject::Connection& connection : m_modelConnections)
         disconnect(connection);
     m_modelConnections.clear();
@@ -245,6 +247,7 @@ void PlaylistView::setHoveredRow(int row) {
     };
     updateRow(m_hoveredRow);
     m_hoveredRow = row;
+    m_delegate->setHoveredRow(row);
     updateRow(m_hoveredRow);
 }
 
@@ -254,12 +257,20 @@ bool PlaylistView::viewportEvent(QEvent* event) {
         setHoveredRow(-1);
         break;
     case QEvent::ToolTip: {
-        // The full text of an elided cell.
+        // The full text of an elided cell, and why an item cannot be played.
         const auto* help = static_cast<QHelpEvent*>(event);
         const QModelIndex index = indexAt(help->pos());
-        const QString text = index.isValid() && isItemRow(index.row()) ? index.data().toString() : QString();
-        if (!text.isEmpty() && PlaylistItemDelegate::cellWidth(QFontMetricsF(font()), text) > columnWidth(index.column()))
-            QToolTip::showText(help->globalPos(), text, viewport(), visualRect(index));
+        QStringList tip;
+        if (index.isValid() && isItemRow(index.row())) {
+            const QString text = index.data().toString();
+            if (!text.isEmpty() && PlaylistItemDelegate::cellWidth(QFontMetricsF(font()), text) > columnWidth(index.column()))
+                tip.append(text);
+            const QString note = index.data(Qt::ToolTipRole).toString();
+            if (!note.isEmpty())
+                tip.append(note);
+        }
+        if (!tip.isEmpty())
+            QToolTip::showText(help->globalPos(), tip.join(QLatin1Char('\n')), viewport(), visualRect(index));
         else
             QToolTip::hideText();
         return true;

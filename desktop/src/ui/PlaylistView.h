@@ -5,6 +5,8 @@
 
 #include <vector>
 
+class PlaylistItemDelegate;
+
 // Shows a PlaylistItemModel (or any model with its roles). Whole rows are selected, one at a time; day
 // headings span the row and can't be selected: clicks on them are ignored and the keyboard steps over
 // them. Columns are fitted to their texts; the last one takes the rest of the width and elides.
@@ -75,6 +77,7 @@ private:
     void setHoveredRow(int row);
     QString placeholderText() const;
 
+    PlaylistItemDelegate* m_delegate; // owned as a child
     std::vector<ColumnNeed> m_columnNeeds; // empty until measured for the current model and font
     bool m_userSizedColumns = false;      // the user dragged a column border: keep the widths
     std::vector<QMetaObject::Connection> m_modelConnections;
