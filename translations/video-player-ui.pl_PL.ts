@@ -491,6 +491,24 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
     </message>
 </context>
 <context>
+    <name>PlaybackController</name>
+    <message>
+        <source>%1 cannot be played and is skipped. %2</source>
+        <translation>Nie można odtworzyć %1, pominięto. %2</translation>
+    </message>
+</context>
+<context>
+    <name>Playlist</name>
+    <message>
+        <source>The recording has lost its index (the camera lost power before it closed the file), so it cannot be played.</source>
+        <translation>Nagranie utraciło indeks (kamera straciła zasilanie, zanim zamknęła plik), więc nie można go odtworzyć.</translation>
+    </message>
+    <message>
+        <source>The recording cannot be read as a video: %1</source>
+        <translation>Nagrania nie można odczytać jako wideo: %1</translation>
+    </message>
+</context>
+<context>
     <name>PlaylistItemModel</name>
     <message>
         <source>%1 km</source>
@@ -523,6 +541,10 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
     <message>
         <source>File</source>
         <translation>Plik</translation>
+    </message>
+    <message>
+        <source>Recordings that cannot be played and are skipped:</source>
+        <translation>Nagrania, których nie można odtworzyć, są pomijane:</translation>
     </message>
 </context>
 <context>
