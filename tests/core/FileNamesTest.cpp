@@ -48,8 +48,9 @@ TEST_F(FileNamesTest, a_card_and_recordings_whose_names_are_not_utf8_are_loaded)
     const QString card = dir.filePath(QFile::decodeName("Karte \xfc"));
     const QString video = card + QFile::decodeName("/Normal/2024_0307_140000_\xe9t\xe9_F.MP4");
     testsupport::placeVideo(video, 2);
+    const QDateTime noon(QDate(2024, 3, 7), QTime(12, 0, 0), Qt::UTC);
     testsupport::writeTrack(card + QFile::decodeName("/Normal/2024_0307_140000_\xe9t\xe9_F.NMEA"),
-                            testsupport::standingFixes(QDateTime(QDate(2024, 3, 7), QTime(12, 0, 0), Qt::UTC), 2, 50, 10));
+                            testsupport::standingFixes(noon, 2, 50, 10));
 
     PlaylistDiscovery discovery(&PlaylistLoader::videoDurationMs);
     const Playlist::RawItems items = discovery.fromDirectory(card);

@@ -307,7 +307,8 @@ TEST_F(PlaybackControllerTest, files_that_cannot_be_played_are_skipped_with_a_me
     QSignalSpy skipped(controller.get(), &PlaybackController::recordingSkipped);
     EXPECT_TRUE(waitUntil([&] { return shown() >= 60; }, 8000));
     ASSERT_EQ(skipped.count(), 1);
-    EXPECT_THAT(skippedText(skipped, 0), testing::StartsWith("missing.mp4 cannot be played and is skipped. No such file"));
+    EXPECT_THAT(skippedText(skipped, 0),
+                testing::StartsWith("missing.mp4 cannot be played and is skipped. No such file"));
 
     // Known from loading (its index lost): a seek into it goes on with the next file.
     items = threeFiles();

@@ -25,16 +25,18 @@ protected:
         const auto* bytes = reinterpret_cast<const unsigned char*>(input);
         QString text;
         text.reserve(length);
+        int validFrom = 0; // start of the run of UTF-8 not yet converted
         for (int i = 0; i < length;) {
             const int size = sequenceLength(bytes + i, length - i);
-            if (size == 0) {
-                text += QChar(static_cast<char16_t>(kEscapedByteBase + bytes[i]));
-                ++i;
+            if (size > 0) {
+                i += size;
                 continue;
             }
-            text += QString::fromUtf8(input + i, size);
-            i += size;
+            text += QString::fromUtf8(input + validFrom, i - validFrom);
+            text += QChar(static_cast<char16_t>(kEscapedByteBase + bytes[i]));
+            validFrom = ++i;
         }
+        text += QString::fromUtf8(input + validFrom, length - validFrom);
         return text;
     }
 

@@ -49,7 +49,8 @@ PlaylistDiscovery::VideoProbe PlaylistLoader::probeVideo(const QString& path) {
         LOG_WARN(kLogger, "Unable to get duration of video {}", path.toStdString());
         char text[AV_ERROR_MAX_STRING_SIZE] = {};
         av_strerror(error, text, sizeof text);
-        probe.damage = hasIndexLost(topLevelBoxes(path)) ? Playlist::Damage::IndexMissing : Playlist::Damage::Unreadable;
+        probe.damage =
+            hasIndexLost(topLevelBoxes(path)) ? Playlist::Damage::IndexMissing : Playlist::Damage::Unreadable;
         probe.damageDetail = QString::fromUtf8(text);
         return probe;
     };

@@ -25,7 +25,8 @@ QByteArray TrackLoader::readFile(const QString& path) {
     if (!file.open(QIODevice::ReadOnly))
         throw std::runtime_error(fmt::format("Failed to read file: invalid stream ('{}')", shownPath));
     if (file.size() > kMaxFileBytes)
-        throw std::runtime_error(fmt::format("Failed to read file: {} bytes, more than the {} MB a track may have ('{}')",
+        throw std::runtime_error(fmt::format("Failed to read file: {} bytes, more than the {} MB a track may have "
+                                             "('{}')",
                                              file.size(), kMaxFileBytes >> 20, shownPath));
     // Read no more than the limit even when the file grows meanwhile.
     QByteArray bytes = file.read(kMaxFileBytes + 1);

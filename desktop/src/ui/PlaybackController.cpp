@@ -180,7 +180,8 @@ size_t PlaybackController::playableFrom(size_t index) const {
 void PlaybackController::reportSkipped(size_t index) {
     const Video& video = m_videos[index];
     LOG_WARN(kLogger, "Skipped video {}: {}", video.mainFile.toStdString(), video.problem.toStdString());
-    emit recordingSkipped(tr("%1 cannot be played and is skipped. %2").arg(QFileInfo(video.mainFile).fileName(), video.problem));
+    emit recordingSkipped(
+        tr("%1 cannot be played and is skipped. %2").arg(QFileInfo(video.mainFile).fileName(), video.problem));
 }
 
 void PlaybackController::startFrom(size_t index) {

@@ -263,7 +263,8 @@ bool PlaylistView::viewportEvent(QEvent* event) {
         QStringList tip;
         if (index.isValid() && isItemRow(index.row())) {
             const QString text = index.data().toString();
-            if (!text.isEmpty() && PlaylistItemDelegate::cellWidth(QFontMetricsF(font()), text) > columnWidth(index.column()))
+            const int width = PlaylistItemDelegate::cellWidth(QFontMetricsF(font()), text);
+            if (!text.isEmpty() && width > columnWidth(index.column()))
                 tip.append(text);
             const QString note = index.data(Qt::ToolTipRole).toString();
             if (!note.isEmpty())
