@@ -61,6 +61,11 @@ int PlaylistItemDelegate::cellWidth(const QFontMetricsF& metrics, const QString&
     return static_cast<int>(std::ceil(metrics.horizontalAdvance(text))) + 1 + 2 * kTextMargin;
 }
 
+int PlaylistItemDelegate::itemCellWidth(const QFont& font, const QModelIndex& index) {
+    const int mark = hasDamageMark(index) ? damageMarkSize(font) + kTextMargin : 0;
+    return cellWidth(QFontMetricsF(font), index.data(Qt::DisplayRole).toString()) + mark;
+}
+
 QString PlaylistItemDelegate::dateText(const QDate& date, const QLocale& locale) {
     QString text = locale.toString(date, QLocale::LongFormat);
     if (!text.isEmpty())
@@ -142,7 +147,5 @@ QSize PlaylistItemDelegate::sizeHint(const QStyleOptionViewItem& option, const Q
         // Narrow on purpose: the heading spans the row and must not widen the first column.
         return {2 * kTextMargin, dateRowHeight(option.font)};
     }
-    const int mark = hasDamageMark(index) ? damageMarkSize(option.font) + kTextMargin : 0;
-    return {cellWidth(QFontMetricsF(option.font), index.data(Qt::DisplayRole).toString()) + mark,
-            itemRowHeight(option.font)};
+    return {itemCellWidth(option.font, index), itemRowHeight(option.font)};
 }

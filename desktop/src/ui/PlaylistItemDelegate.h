@@ -29,6 +29,8 @@ public:
     static constexpr int kTextMargin = 4;
     // The width a cell needs to show `text` whole.
     static int cellWidth(const QFontMetricsF& metrics, const QString& text);
+    // The width an item cell needs to show its text and mark whole.
+    static int itemCellWidth(const QFont& font, const QModelIndex& index);
 
     // The heading of a day: the locale's long date, starting with a capital letter.
     static QString dateText(const QDate& date, const QLocale& locale);

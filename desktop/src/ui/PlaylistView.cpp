@@ -330,7 +330,6 @@ void PlaylistView::layoutRows() {
 
 void PlaylistView::measureColumns() {
     const int columns = model() ? model()->columnCount() : 0;
-    const QFontMetricsF metrics(font());
     m_columnNeeds.assign(columns, ColumnNeed{});
     for (int column = 0; column < columns; ++column)
         m_columnNeeds[column].header = horizontalHeader()->sectionSizeHint(column);
@@ -340,8 +339,8 @@ void PlaylistView::measureColumns() {
             continue;
         ++measured;
         for (int column = 0; column < columns; ++column) {
-            const QString text = model()->index(row, column).data().toString();
-            m_columnNeeds[column].text = std::max(m_columnNeeds[column].text, PlaylistItemDelegate::cellWidth(metrics, text));
+            const int width = PlaylistItemDelegate::itemCellWidth(font(), model()->index(row, column));
+            m_columnNeeds[column].text = std::max(m_columnNeeds[column].text, width);
         }
     }
     // A column without texts (no track: no distance) still shows the start of its title.
