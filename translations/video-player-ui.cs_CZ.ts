@@ -557,6 +557,10 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
         <source>Nothing in this list</source>
         <translation>Seznam je prázdný</translation>
     </message>
+    <message>
+        <source>Repair…</source>
+        <translation>Opravit…</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDialog</name>

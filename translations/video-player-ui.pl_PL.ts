@@ -557,6 +557,10 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
         <source>Nothing in this list</source>
         <translation>Lista jest pusta</translation>
     </message>
+    <message>
+        <source>Repair…</source>
+        <translation>Napraw…</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDialog</name>

@@ -557,6 +557,10 @@ If all else fails choose &quot;Force reencoding&quot;.</source>
         <source>Nothing in this list</source>
         <translation>Список пуст</translation>
     </message>
+    <message>
+        <source>Repair…</source>
+        <translation>Восстановить…</translation>
+    </message>
 </context>
 <context>
     <name>ProgressDialog</name>

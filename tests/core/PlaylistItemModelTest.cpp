@@ -112,9 +112,13 @@ TEST(PlaylistItemModel, marks_recordings_that_cannot_be_played_and_trips_holding
     EXPECT_EQ(cell(files, 3, Qt::ToolTipRole).toString(),
               "The recording cannot be read as a video: Invalid data found when processing input");
     EXPECT_EQ(files.index(2, PlaylistItemModel::DurationColumn).data().toString(), "01:00"); // its place in time stays
+    // Only a recording whose index was lost can be repaired.
+    EXPECT_TRUE(cell(files, 2, PlaylistItemModel::RepairableRole).toBool());
+    EXPECT_FALSE(cell(files, 3, PlaylistItemModel::RepairableRole).toBool());
 
     PlaylistProcessedItemModel trips({processed(items, Playlist::Trip)}, Playlist::Trip);
     EXPECT_TRUE(cell(trips, 1, PlaylistItemModel::DamagedRole).toBool());
+    EXPECT_FALSE(cell(trips, 1, PlaylistItemModel::RepairableRole).toBool());
     const QStringList tip = cell(trips, 1, Qt::ToolTipRole).toString().split('\n');
     ASSERT_EQ(tip.size(), 3);
     EXPECT_TRUE(tip[1].startsWith("4-10:01:00.MP4: The recording has lost its index"));

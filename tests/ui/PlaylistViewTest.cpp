@@ -4,7 +4,10 @@
 
 #include "core/PlaylistItemModel.h"
 
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QMenu>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
@@ -133,6 +136,22 @@ TEST_F(PlaylistViewTest, headings_span_the_table_and_columns_fit_their_texts) {
     for (int column = 0; column < model.columnCount(); ++column)
         total += view.columnWidth(column);
     EXPECT_GE(total, view.viewport()->width());
+}
+
+TEST_F(PlaylistViewTest, a_recording_whose_index_was_lost_offers_its_repair) {
+    QSignalSpy repair(&view, &PlaylistView::repairRequested);
+    const auto menuOn = [&](int row) {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, view.visualRect(model.index(row, 1)).center());
+        QApplication::sendEvent(view.viewport(), &event);
+        return view.findChild<QMenu*>(QStringLiteral("playlistItemMenu"));
+    };
+    EXPECT_EQ(menuOn(1), nullptr); // a playable recording has nothing to repair
+    QMenu* menu = menuOn(2);
+    ASSERT_NE(menu, nullptr);
+    menu->actions().front()->trigger();
+    ASSERT_EQ(repair.count(), 1);
+    EXPECT_EQ(repair[0][0].toInt(), 1);
+    menu->close();
 }
 
 TEST(PlaylistItemDelegate, heads_a_day_with_the_long_date_of_the_locale) {

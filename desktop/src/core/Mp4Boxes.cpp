@@ -39,6 +39,7 @@ std::vector<Mp4Box> topLevelBoxes(const QString& path) {
         }
         if (size < headerSize)
             break; // not a box header: the rest cannot be walked
+        box.headerSize = static_cast<int>(headerSize);
         box.cutShort = offset + size > fileSize;
         box.size = std::min(size, fileSize - offset);
         boxes.push_back(box);

@@ -10,6 +10,7 @@ struct Mp4Box {
     QByteArray type;   // four characters: "ftyp", "mdat", "moov", ...
     qint64 offset = 0; // of its header in the file
     qint64 size = 0;   // header included; as far as the file goes for a box that runs to its end
+    int headerSize = 8; // 16 with a 64-bit size
     bool cutShort = false; // its header promises more bytes than the file has
 };
 

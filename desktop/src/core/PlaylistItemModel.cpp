@@ -123,6 +123,13 @@ QVariant PlaylistItemModel::data(const QModelIndex& index, int role) const {
     case FromRole: return row.itemIndex < 0 ? QVariant() : QVariant(m_summaries[row.itemIndex].from);
     case ToRole: return row.itemIndex < 0 ? QVariant() : QVariant(m_summaries[row.itemIndex].to);
     case DamagedRole: return row.itemIndex >= 0 && !m_summaries[row.itemIndex].damaged.empty();
+    case RepairableRole: {
+        if (row.itemIndex < 0)
+            return false;
+        const Summary& summary = m_summaries[row.itemIndex];
+        return summary.damaged.size() == 1 && summary.damaged.front()->mainVideo.fileName() == summary.fileName &&
+               summary.damaged.front()->damage == Playlist::Damage::IndexMissing;
+    }
     case Qt::ToolTipRole:
         return row.itemIndex < 0 ? QVariant() : QVariant(damageToolTip(m_summaries[row.itemIndex]));
     case Qt::DisplayRole:

@@ -24,6 +24,7 @@ public:
         FromRole,                         // QDateTime start of the item
         ToRole,                           // QDateTime end of the item
         DamagedRole,                      // bool: the item holds a recording that cannot be played
+        RepairableRole,                   // bool: the item is one recording whose index was lost
     };
 
     // What the table shows of one item; figures come from the tracks inside the item's interval.

@@ -4,10 +4,12 @@
 #include "core/PlaylistItemModel.h"
 #include "ui/PlaylistItemDelegate.h"
 
+#include <QContextMenuEvent>
 #include <QCursor>
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QPainter>
 #include <QToolTip>
 
@@ -294,6 +296,21 @@ bool PlaylistView::eventFilter(QObject* watched, QEvent* event) {
         return true;
     }
     return QTableView::eventFilter(watched, event);
+}
+
+void PlaylistView::contextMenuEvent(QContextMenuEvent* event) {
+    const QModelIndex index = indexAt(event->pos()); // on the viewport, as the scroll area passes it on
+    if (!index.isValid() || !index.data(PlaylistItemModel::RepairableRole).toBool()) {
+        QTableView::contextMenuEvent(event);
+        return;
+    }
+    auto* menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("playlistItemMenu"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const int item = itemOfRow(index.row());
+    connect(menu->addAction(tr("Repair…")), &QAction::triggered, this, [this, item] { emit repairRequested(item); });
+    menu->popup(event->globalPos());
+    event->accept();
 }
 
 void PlaylistView::changeEvent(QEvent* event) {

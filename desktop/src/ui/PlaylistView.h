@@ -39,6 +39,9 @@ public:
 signals:
     // The user chose the item of this index (ItemIndexRole). Never emitted for a day heading.
     void itemChosen(int index);
+    // The user asked for a repaired copy of the item of this index, a recording whose index was lost
+    // (PlaylistItemModel::RepairableRole), from the row's context menu.
+    void repairRequested(int index);
 
 protected:
     QModelIndex moveCursor(CursorAction cursorAction, Qt::KeyboardModifiers modifiers) override;
@@ -54,6 +57,7 @@ protected:
     bool viewportEvent(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     bool isItemRow(int row) const;
