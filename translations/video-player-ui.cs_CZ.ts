@@ -469,6 +469,13 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
     </message>
 </context>
 <context>
+    <name>PlaybackController</name>
+    <message>
+        <source>%1 cannot be played and is skipped. %2</source>
+        <translation>%1 nelze přehrát, přeskočeno. %2</translation>
+    </message>
+</context>
+<context>
     <name>PlaybackSession</name>
     <message>
         <source>Open a memory card, a folder or a video file</source>
@@ -477,6 +484,17 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
     <message>
         <source>Active camera(s) is(are) not available.</source>
         <translation>Zvolené kamery nejsou k dispozici.</translation>
+    </message>
+</context>
+<context>
+    <name>Playlist</name>
+    <message>
+        <source>The recording has lost its index (the camera lost power before it closed the file), so it cannot be played.</source>
+        <translation>Záznam ztratil index (kamera ztratila napájení dřív, než soubor zavřela), proto jej nelze přehrát.</translation>
+    </message>
+    <message>
+        <source>The recording cannot be read as a video: %1</source>
+        <translation>Záznam nelze přečíst jako video: %1</translation>
     </message>
 </context>
 <context>
@@ -512,6 +530,10 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
     <message>
         <source>File</source>
         <translation>Soubor</translation>
+    </message>
+    <message>
+        <source>Recordings that cannot be played and are skipped:</source>
+        <translation>Záznamy, které nelze přehrát, se přeskakují:</translation>
     </message>
 </context>
 <context>
@@ -550,6 +572,10 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
     <message>
         <source>Nothing in this list</source>
         <translation>Seznam je prázdný</translation>
+    </message>
+    <message>
+        <source>Repair…</source>
+        <translation>Opravit…</translation>
     </message>
 </context>
 <context>

@@ -469,6 +469,13 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
     </message>
 </context>
 <context>
+    <name>PlaybackController</name>
+    <message>
+        <source>%1 cannot be played and is skipped. %2</source>
+        <translation>Nie można odtworzyć %1, pominięto. %2</translation>
+    </message>
+</context>
+<context>
     <name>PlaybackSession</name>
     <message>
         <source>Open a memory card, a folder or a video file</source>
@@ -477,6 +484,17 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
     <message>
         <source>Active camera(s) is(are) not available.</source>
         <translation>Wybrane kamery są niedostępne.</translation>
+    </message>
+</context>
+<context>
+    <name>Playlist</name>
+    <message>
+        <source>The recording has lost its index (the camera lost power before it closed the file), so it cannot be played.</source>
+        <translation>Nagranie utraciło indeks (kamera straciła zasilanie, zanim zamknęła plik), więc nie można go odtworzyć.</translation>
+    </message>
+    <message>
+        <source>The recording cannot be read as a video: %1</source>
+        <translation>Nagrania nie można odczytać jako wideo: %1</translation>
     </message>
 </context>
 <context>
@@ -512,6 +530,10 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
     <message>
         <source>File</source>
         <translation>Plik</translation>
+    </message>
+    <message>
+        <source>Recordings that cannot be played and are skipped:</source>
+        <translation>Nagrania, których nie można odtworzyć, są pomijane:</translation>
     </message>
 </context>
 <context>
@@ -550,6 +572,10 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
     <message>
         <source>Nothing in this list</source>
         <translation>Lista jest pusta</translation>
+    </message>
+    <message>
+        <source>Repair…</source>
+        <translation>Napraw…</translation>
     </message>
 </context>
 <context>

@@ -469,6 +469,13 @@ If all else fails choose &quot;Force reencoding&quot;.</source>
     </message>
 </context>
 <context>
+    <name>PlaybackController</name>
+    <message>
+        <source>%1 cannot be played and is skipped. %2</source>
+        <translation>%1 не воспроизводится и пропущен. %2</translation>
+    </message>
+</context>
+<context>
     <name>PlaybackSession</name>
     <message>
         <source>Open a memory card, a folder or a video file</source>
@@ -477,6 +484,17 @@ If all else fails choose &quot;Force reencoding&quot;.</source>
     <message>
         <source>Active camera(s) is(are) not available.</source>
         <translation>Выбранные камеры недоступны.</translation>
+    </message>
+</context>
+<context>
+    <name>Playlist</name>
+    <message>
+        <source>The recording has lost its index (the camera lost power before it closed the file), so it cannot be played.</source>
+        <translation>Запись потеряла индекс (камера потеряла питание, не успев закрыть файл), поэтому её нельзя воспроизвести.</translation>
+    </message>
+    <message>
+        <source>The recording cannot be read as a video: %1</source>
+        <translation>Запись не читается как видео: %1</translation>
     </message>
 </context>
 <context>
@@ -512,6 +530,10 @@ If all else fails choose &quot;Force reencoding&quot;.</source>
     <message>
         <source>File</source>
         <translation>Файл</translation>
+    </message>
+    <message>
+        <source>Recordings that cannot be played and are skipped:</source>
+        <translation>Записи, которые нельзя воспроизвести, пропускаются:</translation>
     </message>
 </context>
 <context>
@@ -550,6 +572,10 @@ If all else fails choose &quot;Force reencoding&quot;.</source>
     <message>
         <source>Nothing in this list</source>
         <translation>Список пуст</translation>
+    </message>
+    <message>
+        <source>Repair…</source>
+        <translation>Восстановить…</translation>
     </message>
 </context>
 <context>

@@ -94,12 +94,19 @@ TEST_F(PlayerTest, pause_freezes_the_picture_and_play_on_resumes_from_there) {
     ASSERT_TRUE(showsAt(middleOf(10), 10));
     player.pause(true);
     EXPECT_EQ(player.state(), Player::State::Paused);
+    EXPECT_FALSE(player.isPresenting());  // a paused window must not wake every few milliseconds
     time->advanceMs(1000);
     testsupport::runEventsFor(100);
     EXPECT_EQ(shownFrame(player), 10);
+    // A seek while paused wakes the presenter until its picture is on screen.
+    player.setPosition(static_cast<qint64>(middleOf(20)));
+    EXPECT_TRUE(player.isPresenting());
+    ASSERT_TRUE(waitForFrame(20));
+    EXPECT_TRUE(waitUntil([&] { return !player.isPresenting(); }));
     player.pause(false);
+    EXPECT_TRUE(player.isPresenting());
     time->advanceMs(kFrameMs);
-    EXPECT_TRUE(waitForFrame(11));
+    EXPECT_TRUE(waitForFrame(21));
 }
 
 TEST_F(PlayerTest, seeks_to_the_exact_frame_in_any_direction_playing_or_paused) {
@@ -147,6 +154,7 @@ TEST_F(PlayerTest, end_of_file_keeps_the_last_frame_and_stops_once) {
     EXPECT_EQ(ended.count(), 1);
     EXPECT_EQ(shownFrame(player), 119);
     EXPECT_EQ(player.state(), Player::State::Stopped);
+    EXPECT_FALSE(player.isPresenting());
 
     player.pause(false);  // nothing left to play
     EXPECT_EQ(player.state(), Player::State::Stopped);
@@ -169,6 +177,7 @@ TEST_F(PlayerTest, step_forward_pauses_and_shows_one_frame_after_another) {
         ASSERT_TRUE(waitForFrame(frame));
     }
     EXPECT_EQ(player.state(), Player::State::Paused);
+    EXPECT_TRUE(waitUntil([&] { return !player.isPresenting(); }));
     time->advanceMs(500);
     testsupport::runEventsFor(50);
     EXPECT_EQ(shownFrame(player), 9);

@@ -1,8 +1,10 @@
 // reelvue-cli scan and check on generated cards, as a user runs them.
+#include "core/FileNames.h"
 #include "support/CliRunner.h"
 #include "support/RecordingFixtures.h"
 
 #include <QDateTime>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -82,6 +84,22 @@ TEST_F(ScanCommandTest, scans_a_single_video_file) {
     ASSERT_EQ(result.exitCode, 0) << result.err;
     const QJsonObject root = QJsonDocument::fromJson(QByteArray::fromStdString(result.out)).object();
     EXPECT_EQ(root["rawItems"].toArray().size(), 1);
+}
+
+TEST(ScanCommand, names_that_are_not_utf8_or_hold_a_newline_are_found_and_printed_escaped) {
+    keepFileNamesAsGiven(); // so that the test hands the bytes on to the command unchanged
+    QTemporaryDir dir;
+    const QString card = dir.filePath(QFile::decodeName("card\xff"));
+    const QString odd = QFile::decodeName("Normal/2024_0307_140010_line\nbreak\xfe_F.MP4");
+    placeVideo(card + "/Normal/2024_0307_140000_F.MP4", 1);
+    placeVideo(card + "/" + odd, 1);
+    ASSERT_TRUE(QFile::exists(card + "/" + odd));
+
+    const CliResult result = runCli({"scan", card});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("Raw items: 2"));
+    const std::string shownCard = dir.path().toStdString() + "/card\\xFF";
+    EXPECT_THAT(result.out, HasSubstr("main:  " + shownCard + "/Normal/2024_0307_140010_line\\nbreak\\xFE_F.MP4\n"));
 }
 
 TEST(ScanCommand, errors_go_to_stderr_with_a_non_zero_exit) {

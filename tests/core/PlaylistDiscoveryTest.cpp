@@ -29,7 +29,7 @@ class PlaylistDiscoveryTest : public testing::Test {
 protected:
     QString path(const QString& relative) const { return m_dir.filePath(relative); }
     Playlist::RawItems discover(unsigned threads = 0) {
-        PlaylistDiscovery discovery(&PlaylistLoader::videoDurationMs);
+        PlaylistDiscovery discovery(&PlaylistLoader::probeVideo);
         discovery.setThreadCount(threads);
         return discovery.fromDirectory(m_dir.path());
     }
@@ -181,15 +181,32 @@ TEST_F(PlaylistDiscoveryTest, items_are_sorted_by_start_across_folders) {
     EXPECT_EQ(fileName(items[2]), "2024_0307_140200_F.MP4");
 }
 
-TEST_F(PlaylistDiscoveryTest, truncated_video_without_index_has_no_duration_but_is_placed) {
+TEST_F(PlaylistDiscoveryTest, an_undated_item_is_placed_by_its_neighbours_in_time_not_by_the_folder_listed_before) {
+    placeVideo(path("Normal/2024_0307_100000_F.MP4"), 1);
+    placeVideo(path("Event/0clip.MP4"), 1); // named before the event recording it precedes
+    placeVideo(path("Event/2024_0307_080000_F.MP4"), 1);
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 3u);
+    EXPECT_EQ(fileName(items[0]), "0clip.MP4");
+    EXPECT_EQ(items[0]->timeSource, Playlist::TimeSource::ByNext);
+    EXPECT_EQ(items[0]->to, localTime(7, 59, 59));
+    EXPECT_EQ(fileName(items[2]), "2024_0307_100000_F.MP4");
+}
+
+TEST_F(PlaylistDiscoveryTest, truncated_video_without_index_is_marked_damaged_and_placed) {
     const QByteArray bytes = testsupport::readFile(testsupport::tinyVideo(2));
     // ffmpeg writes the index (moov) at the end: the first half of the file has none.
     testsupport::writeFile(path("Normal/2024_0307_140509_F.MP4"), bytes.left(bytes.size() / 2));
     placeVideo(path("Normal/2024_0307_140609_F.MP4"), 1);
+    testsupport::writeFile(path("Normal/2024_0307_140709_F.MP4"), "not a video at all");
     testsupport::LogCapture capture;
     const auto items = discover();
-    ASSERT_EQ(items.size(), 2u);
+    ASSERT_EQ(items.size(), 3u);
     EXPECT_EQ(items[0]->durationMs, 0);
+    EXPECT_EQ(items[0]->damage, Playlist::Damage::IndexMissing);
+    EXPECT_EQ(items[1]->damage, Playlist::Damage::None);
+    EXPECT_EQ(items[2]->damage, Playlist::Damage::Unreadable);
+    EXPECT_EQ(items[2]->damageDetail, "Invalid data found when processing input"); // FFmpeg's own words
     EXPECT_EQ(items[0]->from, localTime(14, 5, 9));
     EXPECT_EQ(items[0]->to, items[0]->from);
     EXPECT_EQ(capture.linesContaining("Unable to get duration of video " + path("Normal/2024_0307_140509_F.MP4").toStdString()).size(), 1u);

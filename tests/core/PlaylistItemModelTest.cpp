@@ -94,3 +94,33 @@ TEST(PlaylistItemModel, figures_are_absent_without_a_track) {
     EXPECT_EQ(model.data(model.index(1, PlaylistItemModel::FileColumn)).toString(), "a.MP4");
     EXPECT_EQ(PlaylistRawItemModel({}).rowCount(), 0);
 }
+
+TEST(PlaylistItemModel, marks_recordings_that_cannot_be_played_and_trips_holding_them) {
+    auto damaged = std::make_shared<Playlist::RawItem>(*drivenItem(4, "10:01:00", 60));
+    damaged->damage = Playlist::Damage::IndexMissing;
+    auto unreadable = std::make_shared<Playlist::RawItem>(*drivenItem(4, "10:02:00", 60));
+    unreadable->damage = Playlist::Damage::Unreadable;
+    unreadable->damageDetail = QStringLiteral("Invalid data found when processing input");
+    const Playlist::RawItems items{drivenItem(4, "10:00:00", 60), damaged, unreadable};
+
+    PlaylistRawItemModel files(items);
+    const auto cell = [](const PlaylistItemModel& model, int row, int role) { return model.index(row, 0).data(role); };
+    EXPECT_FALSE(cell(files, 1, PlaylistItemModel::DamagedRole).toBool());
+    EXPECT_TRUE(cell(files, 1, Qt::ToolTipRole).toString().isEmpty());
+    EXPECT_TRUE(cell(files, 2, PlaylistItemModel::DamagedRole).toBool());
+    EXPECT_TRUE(cell(files, 2, Qt::ToolTipRole).toString().contains("lost its index"));
+    EXPECT_EQ(cell(files, 3, Qt::ToolTipRole).toString(),
+              "The recording cannot be read as a video: Invalid data found when processing input");
+    EXPECT_EQ(files.index(2, PlaylistItemModel::DurationColumn).data().toString(), "01:00"); // its place in time stays
+    // Only a recording whose index was lost can be repaired.
+    EXPECT_TRUE(cell(files, 2, PlaylistItemModel::RepairableRole).toBool());
+    EXPECT_FALSE(cell(files, 3, PlaylistItemModel::RepairableRole).toBool());
+
+    PlaylistProcessedItemModel trips({processed(items, Playlist::Trip)}, Playlist::Trip);
+    EXPECT_TRUE(cell(trips, 1, PlaylistItemModel::DamagedRole).toBool());
+    EXPECT_FALSE(cell(trips, 1, PlaylistItemModel::RepairableRole).toBool());
+    const QStringList tip = cell(trips, 1, Qt::ToolTipRole).toString().split('\n');
+    ASSERT_EQ(tip.size(), 3);
+    EXPECT_TRUE(tip[1].startsWith("4-10:01:00.MP4: The recording has lost its index"));
+    EXPECT_FALSE(cell(trips, 0, PlaylistItemModel::DamagedRole).toBool()); // the date row
+}

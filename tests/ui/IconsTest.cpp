@@ -13,7 +13,7 @@ const QStringList kToolIcons{
     "open-device", "open-directory", "open-file", "save-item", "to-begin", "slow-down", "stop", "play",
     "pause", "speed-up", "to-end", "cycle-play-start", "cycle-play-stop", "save", "cut", "cut-on", "rotate",
     "confirm-cut", "reject-cut", "volume-muted", "volume-medium", "volume-high", "fullscreen", "exit-fullscreen",
-    "reelvue"};
+    "damaged", "reelvue"};
 
 // Share of the pixels that are not fully transparent.
 double coverage(const QImage& image) {

@@ -6,6 +6,7 @@
 #include "av/VideoWidget.h"
 #include "core/ApplicationOptions.h"
 #include "core/Startup.h"
+#include "support/EventWait.h"
 #include "support/MouseEvents.h"
 #include "support/StripeMedia.h"
 #include "support/TestSupport.h"
@@ -16,14 +17,22 @@
 #include "ui/VideoProgressSlider.h"
 
 #include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
 #include <QLabel>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 #include <QWebEngineView>
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 using testsupport::waitUntil;
@@ -281,15 +290,79 @@ TEST_F(PlaybackControllerTest, a_one_camera_file_after_a_two_camera_file_blanks_
     EXPECT_TRUE(front.hasFrame());
 }
 
-TEST_F(PlaybackControllerTest, a_file_that_cannot_be_opened_is_logged_and_skipped) {
-    testsupport::LogCapture log;
+TEST_F(PlaybackControllerTest, files_that_cannot_be_played_are_skipped_with_a_message) {
+    const auto replaced = [](Playlist::RawItemPtr item, const QString& file, Playlist::Damage damage) {
+        auto copy = std::make_shared<Playlist::RawItem>(*item);
+        copy->mainVideo = QFileInfo(file);
+        copy->damage = damage;
+        return copy;
+    };
+    const QString missing = testsupport::sharedMediaDir() + "/missing.mp4";
+    const auto skippedText = [](const QSignalSpy& spy, int i) { return spy.at(i).at(0).toString().toStdString(); };
+
+    // Found out while playing on.
     auto items = threeFiles();
-    auto broken = std::make_shared<Playlist::RawItem>(*items[1]);
-    broken->mainVideo = QFileInfo(testsupport::sharedMediaDir() + "/missing.mp4");
-    items[1] = broken;
+    items[1] = replaced(items[1], missing, Playlist::Damage::None);
     start(items);
+    QSignalSpy skipped(controller.get(), &PlaybackController::recordingSkipped);
     EXPECT_TRUE(waitUntil([&] { return shown() >= 60; }, 8000));
-    EXPECT_EQ(log.linesContaining("missing.mp4").empty(), false);
+    ASSERT_EQ(skipped.count(), 1);
+    EXPECT_THAT(skippedText(skipped, 0),
+                testing::StartsWith("missing.mp4 cannot be played and is skipped. No such file"));
+
+    // Known from loading (its index lost): a seek into it goes on with the next file.
+    items = threeFiles();
+    items[1] = replaced(items[1], mediaFile(1), Playlist::Damage::IndexMissing);
+    start(items);
+    QSignalSpy passed(controller.get(), &PlaybackController::recordingSkipped);
+    pauseOnFirstFrame();
+    controller->seekTo(kStart.addMSecs(1500));
+    EXPECT_TRUE(waitUntil([&] { return shown() == 60; }));
+    ASSERT_EQ(passed.count(), 1);
+    EXPECT_THAT(skippedText(passed, 0), testing::HasSubstr("lost its index"));
+
+    // Alone: said once the window listens, then the item ends.
+    start({replaced(items[0], mediaFile(0), Playlist::Damage::IndexMissing)});
+    QSignalSpy alone(controller.get(), &PlaybackController::recordingSkipped);
+    QSignalSpy stopped(controller.get(), &PlaybackController::stopped);
+    EXPECT_TRUE(waitUntil([&] { return alone.count() == 1 && stopped.count() == 1; }));
+}
+
+TEST_F(PlaybackControllerTest, a_file_of_unknown_length_plays_to_its_last_picture) {
+    // Matroska written as a live stream says nothing of its length: the player's duration is 0.
+    const QString raw = testsupport::sharedMediaDir() + "/controller-0-live.mkv";
+    testsupport::runFfmpeg({"-i", mediaFile(0), "-c", "copy", "-f", "matroska", "-live", "1", raw});
+    auto item = std::make_shared<Playlist::RawItem>(*rawItem(0, kStart));
+    item->mainVideo = QFileInfo(raw);
+    start({item});
+    ASSERT_TRUE(waitUntil([&] { return controller->currentPlayer() != nullptr; }));
+    EXPECT_EQ(controller->currentPlayer()->duration(), 0);
+    EXPECT_TRUE(waitUntil([&] { return shown() >= 20; }, 5000)); // was taken for its end at once
+}
+
+TEST_F(PlaybackControllerTest, closing_while_a_file_is_still_opening_does_not_wait_for_it) {
+    // A write lease holds every other open of the file until it is let go: a card that answers slowly.
+    const QString file = testsupport::sharedMediaDir() + "/leased.mp4";
+    QFile::remove(file);
+    ASSERT_TRUE(QFile::copy(mediaFile(0), file));
+    std::signal(SIGIO, SIG_IGN); // the kernel's word to the holder that someone waits
+    const int fd = ::open(QFile::encodeName(file).constData(), O_RDWR);
+    ASSERT_EQ(::fcntl(fd, F_SETLEASE, F_WRLCK), 0);
+    std::thread letGo([fd] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+        ::fcntl(fd, F_SETLEASE, F_UNLCK);
+    });
+    auto item = std::make_shared<Playlist::RawItem>(*rawItem(0, kStart));
+    item->mainVideo = QFileInfo(file);
+    start({item});
+    testsupport::runEventsFor(200); // the loader waits inside open() by now
+    QElapsedTimer timer;
+    timer.start();
+    controller.reset();
+    const qint64 closingMs = timer.elapsed();
+    letGo.join();
+    ::close(fd);
+    EXPECT_LT(closingMs, 500); // 1300 when the window waited for the card
 }
 
 TEST_F(PlaybackControllerTest, capture_without_a_player_is_a_logic_error) {

@@ -4,7 +4,10 @@
 
 #include "core/PlaylistItemModel.h"
 
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QMenu>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
@@ -21,12 +24,19 @@ Playlist::RawItemPtr recording(int day, const char* from) {
     return item;
 }
 
-// Rows: 0 heading 14 June, 1 item 0, 2 item 1, 3 heading 15 June, 4 item 2, 5 heading 17 June, 6 item 3, 7 item 4.
+Playlist::RawItemPtr damaged(Playlist::RawItemPtr item) {
+    auto copy = std::make_shared<Playlist::RawItem>(*item);
+    copy->damage = Playlist::Damage::IndexMissing;
+    return copy;
+}
+
+// Rows: 0 heading 14 June, 1 item 0, 2 item 1 (cannot be played), 3 heading 15 June, 4 item 2, 5 heading 17 June,
+// 6 item 3, 7 item 4.
 class PlaylistViewTest : public testing::Test {
 protected:
     PlaylistViewTest()
-        : model({recording(14, "09:00"), recording(14, "09:01"), recording(15, "18:30"), recording(17, "07:15"),
-                 recording(17, "07:16")}) {
+        : model({recording(14, "09:00"), damaged(recording(14, "09:01")), recording(15, "18:30"),
+                 recording(17, "07:15"), recording(17, "07:16")}) {
         view.setModel(&model);
         view.resize(350, 400);
         view.show();
@@ -120,10 +130,28 @@ TEST_F(PlaylistViewTest, headings_span_the_table_and_columns_fit_their_texts) {
     const QFontMetrics metrics(view.font());
     for (int column = PlaylistItemModel::StartColumn; column <= PlaylistItemModel::DurationColumn; ++column)
         EXPECT_GE(view.columnWidth(column), metrics.horizontalAdvance(model.index(1, column).data().toString()));
+    // Room for the warning sign before the start of a recording that cannot be played.
+    EXPECT_GE(view.columnWidth(0), metrics.horizontalAdvance(model.index(2, 0).data().toString()) + metrics.height());
     int total = 0;
     for (int column = 0; column < model.columnCount(); ++column)
         total += view.columnWidth(column);
     EXPECT_GE(total, view.viewport()->width());
+}
+
+TEST_F(PlaylistViewTest, a_recording_whose_index_was_lost_offers_its_repair) {
+    QSignalSpy repair(&view, &PlaylistView::repairRequested);
+    const auto menuOn = [&](int row) {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, view.visualRect(model.index(row, 1)).center());
+        QApplication::sendEvent(view.viewport(), &event);
+        return view.findChild<QMenu*>(QStringLiteral("playlistItemMenu"));
+    };
+    EXPECT_EQ(menuOn(1), nullptr); // a playable recording has nothing to repair
+    QMenu* menu = menuOn(2);
+    ASSERT_NE(menu, nullptr);
+    menu->actions().front()->trigger();
+    ASSERT_EQ(repair.count(), 1);
+    EXPECT_EQ(repair[0][0].toInt(), 1);
+    menu->close();
 }
 
 TEST(PlaylistItemDelegate, heads_a_day_with_the_long_date_of_the_locale) {

@@ -4,6 +4,7 @@
 #include "av/AudioDecoder.h"
 #include "logging/Logging.h"
 
+#include <QFile>
 #include <QFileInfo>
 
 #include <stdexcept>
@@ -52,7 +53,8 @@ void MediaPipeline::open(const QString& file, AudioSink* sink) {
     if (!QFileInfo(file).isFile())
         throw failure(fmt::format("No such file: {}", path));
     AVFormatContext* format = nullptr;
-    int ret = avformat_open_input(&format, path.c_str(), nullptr, nullptr);
+    // The name's own bytes: it need not be UTF-8.
+    int ret = avformat_open_input(&format, QFile::encodeName(file).constData(), nullptr, nullptr);
     if (ret < 0)
         throw failure(fmt::format("avformat_open_input for {}: {}", path, ffmpegError(ret)));
     m_format.reset(format);

@@ -94,7 +94,7 @@ void Player::play() {
     m_hasPlayed = true;
     startAudio();
     setState(State::Playing);
-    m_presenter.start();
+    updatePresenter();
     m_sinceNotify.start();
     emit started();
     present(); // the first picture now, not at the next tick
@@ -118,7 +118,7 @@ void Player::setPosition(qint64 ms) {
     m_ended = false;
     m_stepPending = false;
     beginSeek(target);
-    m_presenter.start();
+    updatePresenter();
 }
 
 void Player::beginSeek(double ms) {
@@ -136,7 +136,7 @@ void Player::stepForward() {
         setState(State::Paused);
     m_stepPending = true;
     updateClockAndSound();
-    m_presenter.start();
+    updatePresenter();
 }
 
 void Player::setSpeed(double speed) {
@@ -184,7 +184,17 @@ void Player::setState(State state) {
         return;
     m_state = state;
     updateClockAndSound();
+    updatePresenter();
     emit stateChanged(state);
+}
+
+// The presenter wakes the GUI thread every few milliseconds: it runs only while a picture may be due.
+void Player::updatePresenter() {
+    const bool due = m_pipeline && (m_seeking || m_stepPending || (m_state == State::Playing && !m_ended));
+    if (!due)
+        m_presenter.stop();
+    else if (!m_presenter.isActive())
+        m_presenter.start();
 }
 
 // The clock runs only while playing and nothing holds it: a seek in flight, a pending step, the end.
@@ -285,6 +295,7 @@ void Player::present() {
     } else if (m_state == State::Playing && !m_ended) {
         notifyPosition(false);
     }
+    updatePresenter();
 }
 
 void Player::show(const VideoFrame& frame) {

@@ -89,6 +89,10 @@ public:
     // Converts the picture on display on a worker thread; the result arrives by imageCaptured().
     void capture();
 
+    // True while the presenter looks for pictures to show; it sleeps while paused or ended, where nothing on
+    // screen can change until the next play, pause(false), seek or step.
+    bool isPresenting() const { return m_presenter.isActive(); }
+
     // Pictures put on screen per second, over the last second.
     double displayFps() const { return m_displayFps; }
     int framesShown() const { return m_framesShown; }
@@ -112,6 +116,7 @@ private:
     void reachEnd();
     void beginSeek(double ms);
     void setState(State state);
+    void updatePresenter();
     void updateClockAndSound();
     void startAudio();
     void notifyPosition(bool force);

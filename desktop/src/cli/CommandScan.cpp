@@ -1,6 +1,7 @@
 // reelvue-cli scan PATH [--json]: loads a card, directory or video file as the player does and lists
 // its recordings, trips, parking periods and event recordings.
 #include "cli/CliCommand.h"
+#include "core/FileNames.h"
 #include "core/PlaylistLoader.h"
 
 #include <QFileInfo>
@@ -107,11 +108,12 @@ QString asText(const Playlist& playlist, const QHash<const Playlist::RawItem*, i
                     .arg(index++)
                     .arg(timeText(item->from), timeText(item->to), categoryName(item->category),
                          QString::fromLatin1(Playlist::timeSourceName(item->timeSource)));
-        text += QStringLiteral("      main:  %1\n").arg(item->mainVideo.filePath());
-        text += QStringLiteral("      rear:  %1\n").arg(item->rearVideo ? item->rearVideo->filePath() : QStringLiteral("-"));
+        text += QStringLiteral("      main:  %1\n").arg(printableFileName(item->mainVideo.filePath()));
+        text += QStringLiteral("      rear:  %1\n")
+                    .arg(item->rearVideo ? printableFileName(item->rearVideo->filePath()) : QStringLiteral("-"));
         if (item->track)
             text += QStringLiteral("      track: %1 (%2 positions)\n")
-                        .arg(item->track->file.filePath())
+                        .arg(printableFileName(item->track->file.filePath()))
                         .arg(item->track->positions.size());
         else
             text += QStringLiteral("      track: -\n");
@@ -133,7 +135,7 @@ QString asText(const Playlist& playlist, const QHash<const Playlist::RawItem*, i
     for (const Playlist::RawItemPtr& item : events)
         text += QStringLiteral("  #%1 %2 - %3 %4\n")
                     .arg(indexOf.value(item.get()))
-                    .arg(timeText(item->from), timeText(item->to), item->mainVideo.filePath());
+                    .arg(timeText(item->from), timeText(item->to), printableFileName(item->mainVideo.filePath()));
     return text;
 }
 
@@ -143,12 +145,12 @@ int runScan(const QStringList& arguments) {
     if (!parsePathAndJsonFlag(arguments, QStringLiteral("Usage: reelvue-cli scan PATH [--json]"), &path, &json))
         return 2;
     if (!QFileInfo::exists(path)) {
-        cliError(QStringLiteral("%1: no such file or directory").arg(path));
+        cliError(QStringLiteral("%1: no such file or directory").arg(printableFileName(path)));
         return 1;
     }
     const LoadResult result = loadPlaylist(path);
     if (!result.playlist) {
-        cliError(QStringLiteral("%1: %2").arg(path, result.error));
+        cliError(QStringLiteral("%1: %2").arg(printableFileName(path), result.error));
         return 1;
     }
     QHash<const Playlist::RawItem*, int> indexOf;

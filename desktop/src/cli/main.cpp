@@ -1,6 +1,7 @@
 // reelvue-cli: the player's command-line companion. Log records go to standard error, results to standard output.
 #include "cli/CliCommand.h"
 #include "core/ApplicationOptions.h"
+#include "core/FileNames.h"
 #include "core/Startup.h"
 #include "logging/Logging.h"
 
@@ -71,6 +72,7 @@ bool parsePathAndJsonFlag(const QStringList& arguments, const QString& usage, QS
 int main(int argc, char** argv) {
     logging::setLineWriter(&writeLogToStderr);
     qInstallMessageHandler(qtMessageHandler);
+    keepFileNamesAsGiven();
     QCoreApplication app(argc, argv);
     QCoreApplication::setOrganizationName(kOrganizationName);
     QCoreApplication::setApplicationName(kApplicationName);

@@ -1,4 +1,7 @@
+// The playlist's filters and the descriptions of its items.
 #include "core/Playlist.h"
+
+#include <QCoreApplication>
 
 #include <algorithm>
 
@@ -26,4 +29,17 @@ const char* Playlist::timeSourceName(TimeSource source) {
     case TimeSource::ByNext: return "ByNext";
     }
     return "None";
+}
+
+QString Playlist::RawItem::damageText() const {
+    switch (damage) {
+    case Damage::None: return {};
+    case Damage::IndexMissing:
+        return QCoreApplication::translate(
+            "Playlist", "The recording has lost its index (the camera lost power before it closed the file), so it "
+                        "cannot be played.");
+    case Damage::Unreadable:
+        return QCoreApplication::translate("Playlist", "The recording cannot be read as a video: %1").arg(damageDetail);
+    }
+    return {};
 }

@@ -29,6 +29,10 @@ public:
     enum class TimeSource : std::uint8_t { None, ByFileName, ByTrack, ByTrackAndOffset, ByPrev, ByNext };
     static const char* timeSourceName(TimeSource source);
 
+    // Why a recording cannot be played, found while its length is read: its index lost (a camera that lost
+    // power before closing the file leaves one behind), or a file the demuxer rejects for another reason.
+    enum class Damage : std::uint8_t { None, IndexMissing, Unreadable };
+
     struct RawItem {
         QFileInfo mainVideo;
         std::optional<QFileInfo> rearVideo;
@@ -40,8 +44,13 @@ public:
         TimeSource timeSource = TimeSource::None;
         bool timeFromFileName = false; // the file name gave a start time (a track may still override it)
         std::int64_t durationMs = 0;   // of the main video; 0 when it could not be read
+        Damage damage = Damage::None;  // of the main video
+        QString damageDetail;          // the demuxer's own words, in English
 
         bool hasValidInterval() const { return from.isValid() && to.isValid() && from <= to; }
+        bool isDamaged() const { return damage != Damage::None; }
+        // Why the main video cannot be played, for the user (translated); empty when it can be.
+        QString damageText() const;
     };
     using RawItemPtr = std::shared_ptr<const RawItem>;
     using RawItems = std::vector<RawItemPtr>;

@@ -16,9 +16,9 @@ namespace {
 
 constexpr const char* kLogger = "core.Playlist";
 
-const QStringList kVideoMasks = {QStringLiteral("*.mp4"), QStringLiteral("*.MP4"), QStringLiteral("*.mov"),
-                                 QStringLiteral("*.MOV")};
-const QStringList kTrackMasks = {QStringLiteral("*.nmea"), QStringLiteral("*.NMEA")};
+// The masks "*.mp4", "*.MP4", "*.mov", "*.MOV" and "*.nmea", "*.NMEA", matched without regard to case.
+const QStringList kVideoSuffixes = {QStringLiteral(".mp4"), QStringLiteral(".mov")};
+const QStringList kTrackSuffixes = {QStringLiteral(".nmea")};
 
 // The recorder's own category folders, in the order they are scanned.
 struct CategoryFolder {
@@ -38,9 +38,18 @@ bool isReadableDirectory(const QString& path) {
     return info.isDir() && info.isReadable();
 }
 
-QFileInfoList listFiles(const QDir& dir, const QStringList& masks) {
-    return dir.entryInfoList(masks, QDir::Files | QDir::Readable,
-                             QDir::Name | QDir::IgnoreCase | QDir::LocaleAware);
+// Matched here rather than by QDir's name filters: those are regular expressions, which skip a name whose
+// bytes are not UTF-8 without a word.
+QFileInfoList listFiles(const QDir& dir, const QStringList& suffixes) {
+    QFileInfoList files;
+    for (const QFileInfo& file :
+         dir.entryInfoList(QDir::Files | QDir::Readable, QDir::Name | QDir::IgnoreCase | QDir::LocaleAware)) {
+        const QString name = file.fileName();
+        if (std::any_of(suffixes.begin(), suffixes.end(),
+                        [&](const QString& suffix) { return name.endsWith(suffix, Qt::CaseInsensitive); }))
+            files.append(file);
+    }
+    return files;
 }
 
 QString describe(const Playlist::RawItem& item) {
@@ -55,16 +64,26 @@ struct PlaylistDiscovery::Entry {
     std::optional<QFileInfo> rearVideo;
     std::uint32_t category = Playlist::Normal;
     QString trackPath; // empty: no track file beside the video
+    int folder = 0;    // position of its folder in the scanning order
 };
 
 struct PlaylistDiscovery::Probe {
-    std::int64_t durationMs = 0;
+    VideoProbe video;
     std::optional<TrackLoader::Result> track;
 };
 
+PlaylistDiscovery::PlaylistDiscovery(ProbeFunction probe, ProgressFunction progress, const std::atomic_bool* cancel)
+    : m_probe(std::move(probe)), m_progress(std::move(progress)), m_cancel(cancel) {}
+
 PlaylistDiscovery::PlaylistDiscovery(DurationFunction duration, ProgressFunction progress,
                                      const std::atomic_bool* cancel)
-    : m_duration(std::move(duration)), m_progress(std::move(progress)), m_cancel(cancel) {}
+    : PlaylistDiscovery(
+          [duration = std::move(duration)](const QString& path) {
+              VideoProbe probe;
+              probe.durationMs = duration ? duration(path) : 0;
+              return probe;
+          },
+          std::move(progress), cancel) {}
 
 std::vector<PlaylistDiscovery::Folder> PlaylistDiscovery::layoutFolders(const QString& root) {
     // Categories of the layouts: the Parking folder holds parking surveillance, the Event, SOS, RO and
@@ -116,12 +135,12 @@ std::optional<QFileInfo> PlaylistDiscovery::rearVideoOf(const QFileInfo& mainVid
 
 std::vector<PlaylistDiscovery::Entry> PlaylistDiscovery::listFolder(const Folder& folder) const {
     const QDir dir(folder.path);
-    const QFileInfoList videos = listFiles(dir, kVideoMasks);
+    const QFileInfoList videos = listFiles(dir, kVideoSuffixes);
     QSet<QString> videoNames;
     for (const QFileInfo& video : videos)
         videoNames.insert(video.fileName());
     QSet<QString> trackNames;
-    for (const QFileInfo& track : listFiles(dir, kTrackMasks))
+    for (const QFileInfo& track : listFiles(dir, kTrackSuffixes))
         trackNames.insert(track.fileName());
 
     auto trackOf = [&](const QString& baseName) -> QString {
@@ -167,9 +186,13 @@ Playlist::RawItems PlaylistDiscovery::fromDirectory(const QString& root) {
     QElapsedTimer timer;
     timer.start();
     std::vector<Entry> entries;
+    int folderIndex = 0;
     for (const Folder& folder : layoutFolders(root)) {
         throwIfCanceled();
         std::vector<Entry> found = listFolder(folder);
+        for (Entry& entry : found)
+            entry.folder = folderIndex;
+        ++folderIndex;
         LOG_DEBUG(kLogger, "Found {} videos in '{}'", found.size(), folder.path.toStdString());
         std::move(found.begin(), found.end(), std::back_inserter(entries));
     }
@@ -221,7 +244,7 @@ Playlist::RawItems PlaylistDiscovery::buildItems(std::vector<Entry> entries) {
     QElapsedTimer timer;
     timer.start();
     parallelFor(
-        count, [&](std::size_t i) { probes[i].durationMs = m_duration ? m_duration(entries[i].mainVideo.filePath()) : 0; },
+        count, [&](std::size_t i) { if (m_probe) probes[i].video = m_probe(entries[i].mainVideo.filePath()); },
         stageProgress(kListedPercent, kProbedPercent), m_cancel, m_threads);
     throwIfCanceled();
     m_timings.probingMs = timer.restart();
@@ -252,14 +275,17 @@ Playlist::RawItems PlaylistDiscovery::buildItems(std::vector<Entry> entries) {
         item->mainVideo = entry.mainVideo;
         item->rearVideo = entry.rearVideo;
         item->category = entry.category;
-        item->durationMs = probe.durationMs;
-        item->length = probe.durationMs / 1000;
+        const std::int64_t durationMs = probe.video.durationMs;
+        item->durationMs = durationMs;
+        item->length = durationMs / 1000;
+        item->damage = probe.video.damage;
+        item->damageDetail = probe.video.damageDetail;
 
         const std::optional<QDateTime> nameTime = startTimeFromFileName(entry.mainVideo.fileName());
         item->timeFromFileName = nameTime.has_value();
         if (nameTime) {
             item->from = *nameTime;
-            item->to = item->from.addMSecs(probe.durationMs);
+            item->to = item->from.addMSecs(durationMs);
             item->timeSource = Playlist::TimeSource::ByFileName;
             LOG_DEBUG(kLogger, "ByFileName {}", describe(*item).toStdString());
         }
@@ -274,7 +300,7 @@ Playlist::RawItems PlaylistDiscovery::buildItems(std::vector<Entry> entries) {
                 // A video that could not be probed still spans its track: one RMC sentence a second.
                 if (item->length == 0)
                     item->length = track.rmcCount;
-                const std::int64_t spanMs = probe.durationMs > 0 ? probe.durationMs : item->length * 1000;
+                const std::int64_t spanMs = durationMs > 0 ? durationMs : item->length * 1000;
                 const TrackPosition& first = track.positions.front();
                 const QDateTime firstFix = trackTimeToDateTime(first.time);
                 const auto positionCount = static_cast<std::int64_t>(track.positions.size());
@@ -300,6 +326,11 @@ Playlist::RawItems PlaylistDiscovery::buildItems(std::vector<Entry> entries) {
         LOG_ERROR(kLogger, "None of {} videos could be dated", items.size());
         throw std::runtime_error("Files not contain any valid GPS position.");
     }
+    std::vector<int> folders;
+    folders.reserve(count);
+    for (const Entry& entry : entries)
+        folders.push_back(entry.folder);
+    items = inTimeOrder(std::move(items), folders);
     // Place each undated item next to a dated neighbour, repeating until a run of undated items is filled
     // in from both ends.
     for (bool repaired = true; repaired;) {
@@ -328,6 +359,49 @@ Playlist::RawItems PlaylistDiscovery::buildItems(std::vector<Entry> entries) {
     reportProgress(100);
 
     return Playlist::RawItems(items.begin(), items.end());
+}
+
+// A folder lists its files in name order, which is the recorder's order of recording; the folders themselves
+// are listed one after another whatever their times. So the dated items are sorted by time, and each undated
+// one rides along with the dated item before it in its folder (at the head of a folder: the one after it),
+// keeping the neighbours it will be placed by. A folder without any dated item stays after the one listed
+// before it.
+std::vector<std::shared_ptr<Playlist::RawItem>>
+PlaylistDiscovery::inTimeOrder(std::vector<std::shared_ptr<Playlist::RawItem>> items, const std::vector<int>& folders) {
+    struct Run {
+        QDateTime from; // of its one dated item
+        int folder;
+        std::vector<std::shared_ptr<Playlist::RawItem>> items;
+    };
+    std::vector<Run> runs;
+    std::vector<std::shared_ptr<Playlist::RawItem>> waiting; // undated, before the first dated item of a folder
+    const auto placeWaiting = [&] {
+        if (waiting.empty() || runs.empty())
+            return; // still nothing to ride with: the next dated item takes them in front of it
+        runs.back().items.insert(runs.back().items.end(), waiting.begin(), waiting.end());
+        waiting.clear();
+    };
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (i > 0 && folders[i] != folders[i - 1])
+            placeWaiting();
+        if (items[i]->hasValidInterval()) {
+            waiting.push_back(std::move(items[i]));
+            runs.push_back({waiting.back()->from, folders[i], std::move(waiting)});
+            waiting.clear();
+        } else if (waiting.empty() && !runs.empty() && runs.back().folder == folders[i]) {
+            runs.back().items.push_back(std::move(items[i]));
+        } else {
+            waiting.push_back(std::move(items[i]));
+        }
+    }
+    placeWaiting();
+    std::stable_sort(runs.begin(), runs.end(), [](const Run& a, const Run& b) { return a.from < b.from; });
+    std::vector<std::shared_ptr<Playlist::RawItem>> ordered;
+    ordered.reserve(items.size());
+    for (Run& run : runs)
+        std::move(run.items.begin(), run.items.end(), std::back_inserter(ordered));
+    std::move(waiting.begin(), waiting.end(), std::back_inserter(ordered));
+    return ordered;
 }
 
 void PlaylistDiscovery::throwIfCanceled() const {

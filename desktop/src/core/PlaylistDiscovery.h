@@ -20,13 +20,20 @@ struct PlaylistLoadCanceled : std::runtime_error {
 // Turns a storage root or one video file into the time-ordered raw items of a playlist. Runs on the
 // loader's worker thread; video durations and tracks are read in parallel on all cores.
 //
-//   PlaylistDiscovery discovery(&videoDurationMs);
+//   PlaylistDiscovery discovery(&PlaylistLoader::probeVideo);
 //   Playlist::RawItems items = discovery.fromDirectory("/media/card"); // throws "Nothing found", ...
 //
 // Failures are std::runtime_error with the texts "Nothing found" and
 // "Files not contain any valid GPS position."; a raised cancel flag throws PlaylistLoadCanceled.
 class PlaylistDiscovery {
 public:
+    // What opening a video told: its length and whether it can be played at all.
+    struct VideoProbe {
+        std::int64_t durationMs = 0; // 0: unknown
+        Playlist::Damage damage = Playlist::Damage::None;
+        QString damageDetail;
+    };
+    using ProbeFunction = std::function<VideoProbe(const QString& videoPath)>;
     using DurationFunction = std::function<std::int64_t(const QString& videoPath)>; // milliseconds, 0 unknown
     using ProgressFunction = std::function<void(int percent)>;                       // 0..100, growing
 
@@ -38,6 +45,9 @@ public:
         std::int64_t timingMs = 0;
     };
 
+    explicit PlaylistDiscovery(ProbeFunction probe, ProgressFunction progress = {},
+                               const std::atomic_bool* cancel = nullptr);
+    // Without a word on damage: every video counts as playable.
     explicit PlaylistDiscovery(DurationFunction duration, ProgressFunction progress = {},
                                const std::atomic_bool* cancel = nullptr);
 
@@ -69,10 +79,12 @@ private:
 
     std::vector<Entry> listFolder(const Folder& folder) const;
     Playlist::RawItems buildItems(std::vector<Entry> entries);
+    static std::vector<std::shared_ptr<Playlist::RawItem>>
+    inTimeOrder(std::vector<std::shared_ptr<Playlist::RawItem>> items, const std::vector<int>& folders);
     void throwIfCanceled() const;
     void reportProgress(int percent);
 
-    DurationFunction m_duration;
+    ProbeFunction m_probe;
     ProgressFunction m_progress;
     const std::atomic_bool* m_cancel;
     unsigned m_threads = 0;

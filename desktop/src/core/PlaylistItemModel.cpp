@@ -122,6 +122,16 @@ QVariant PlaylistItemModel::data(const QModelIndex& index, int role) const {
     case DateRole: return row.date;
     case FromRole: return row.itemIndex < 0 ? QVariant() : QVariant(m_summaries[row.itemIndex].from);
     case ToRole: return row.itemIndex < 0 ? QVariant() : QVariant(m_summaries[row.itemIndex].to);
+    case DamagedRole: return row.itemIndex >= 0 && !m_summaries[row.itemIndex].damaged.empty();
+    case RepairableRole: {
+        if (row.itemIndex < 0)
+            return false;
+        const Summary& summary = m_summaries[row.itemIndex];
+        return summary.damaged.size() == 1 && summary.damaged.front()->mainVideo.fileName() == summary.fileName &&
+               summary.damaged.front()->damage == Playlist::Damage::IndexMissing;
+    }
+    case Qt::ToolTipRole:
+        return row.itemIndex < 0 ? QVariant() : QVariant(damageToolTip(m_summaries[row.itemIndex]));
     case Qt::DisplayRole:
         if (row.itemIndex < 0)
             return index.column() == 0 ? QLocale().toString(row.date, QStringLiteral("dddd, d MMMM yyyy")) : QString();
@@ -146,6 +156,18 @@ QString PlaylistItemModel::cellText(const Summary& summary, Column column) const
     case FileColumn: return summary.fileName;
     }
     return {};
+}
+
+QString PlaylistItemModel::damageToolTip(const Summary& summary) const {
+    if (summary.damaged.empty())
+        return {};
+    // A row of one recording says why; a trip or parking period names its recordings.
+    if (summary.damaged.size() == 1 && summary.damaged.front()->mainVideo.fileName() == summary.fileName)
+        return summary.damaged.front()->damageText();
+    QStringList lines{tr("Recordings that cannot be played and are skipped:")};
+    for (const Playlist::RawItemPtr& item : summary.damaged)
+        lines.append(QStringLiteral("%1: %2").arg(item->mainVideo.fileName(), item->damageText()));
+    return lines.join(QLatin1Char('\n'));
 }
 
 QVariant PlaylistItemModel::headerData(int section, Qt::Orientation orientation, int role) const {
@@ -177,6 +199,13 @@ Qt::ItemFlags PlaylistItemModel::flags(const QModelIndex& index) const {
 
 namespace {
 
+Playlist::RawItems damagedOf(const Playlist::RawItems& items) {
+    Playlist::RawItems damaged;
+    std::copy_if(items.begin(), items.end(), std::back_inserter(damaged),
+                 [](const Playlist::RawItemPtr& item) { return item->isDamaged(); });
+    return damaged;
+}
+
 std::vector<PlaylistItemModel::Summary> summariesOf(const Playlist::ProcessedItems& items) {
     std::vector<PlaylistItemModel::Summary> summaries;
     summaries.reserve(items.size());
@@ -185,7 +214,7 @@ std::vector<PlaylistItemModel::Summary> summariesOf(const Playlist::ProcessedIte
         summaries.push_back({item->from, item->to,
                              trip ? PlaylistItemModel::distanceKm(item->items, item->from, item->to) : std::nullopt,
                              trip ? PlaylistItemModel::topSpeedKmh(item->items, item->from, item->to) : std::nullopt,
-                             {}});
+                             {}, damagedOf(item->items)});
     }
     return summaries;
 }
@@ -196,7 +225,8 @@ std::vector<PlaylistItemModel::Summary> summariesOf(const Playlist::RawItems& it
     for (const Playlist::RawItemPtr& item : items) {
         const Playlist::RawItems one{item};
         summaries.push_back({item->from, item->to, PlaylistItemModel::distanceKm(one, item->from, item->to),
-                             PlaylistItemModel::topSpeedKmh(one, item->from, item->to), item->mainVideo.fileName()});
+                             PlaylistItemModel::topSpeedKmh(one, item->from, item->to), item->mainVideo.fileName(),
+                             damagedOf(one)});
     }
     return summaries;
 }

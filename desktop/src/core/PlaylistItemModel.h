@@ -23,6 +23,8 @@ public:
         DateRole,                         // QDate of the row's day
         FromRole,                         // QDateTime start of the item
         ToRole,                           // QDateTime end of the item
+        DamagedRole,                      // bool: the item holds a recording that cannot be played
+        RepairableRole,                   // bool: the item is one recording whose index was lost
     };
 
     // What the table shows of one item; figures come from the tracks inside the item's interval.
@@ -32,6 +34,7 @@ public:
         std::optional<double> distanceKm;
         std::optional<double> topSpeedKmh;
         QString fileName;
+        Playlist::RawItems damaged; // its recordings that cannot be played
     };
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
@@ -65,6 +68,8 @@ private:
 
     QString columnTitle(Column column) const;
     QString cellText(const Summary& summary, Column column) const;
+    // Why (some of) the item cannot be played; empty for an item that plays whole.
+    QString damageToolTip(const Summary& summary) const;
 
     std::vector<Summary> m_summaries;
     std::vector<Column> m_columns;

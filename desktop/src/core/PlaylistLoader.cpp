@@ -1,11 +1,13 @@
 // The background playlist load: discovery, processing into trips and parking, the table models.
 #include "core/PlaylistLoader.h"
 
+#include "core/Mp4Boxes.h"
 #include "core/PlaylistRawItemProcessor.h"
 #include "logging/Logging.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QThread>
 
@@ -39,25 +41,36 @@ TrackAnalyzer::Settings PlaylistLoader::analyzerSettings() {
     return settings;
 }
 
-std::int64_t PlaylistLoader::videoDurationMs(const QString& path) {
+std::int64_t PlaylistLoader::videoDurationMs(const QString& path) { return probeVideo(path).durationMs; }
+
+PlaylistDiscovery::VideoProbe PlaylistLoader::probeVideo(const QString& path) {
+    PlaylistDiscovery::VideoProbe probe;
+    const auto unplayable = [&](int error) {
+        LOG_WARN(kLogger, "Unable to get duration of video {}", path.toStdString());
+        char text[AV_ERROR_MAX_STRING_SIZE] = {};
+        av_strerror(error, text, sizeof text);
+        probe.damage =
+            hasIndexLost(topLevelBoxes(path)) ? Playlist::Damage::IndexMissing : Playlist::Damage::Unreadable;
+        probe.damageDetail = QString::fromUtf8(text);
+        return probe;
+    };
     AVFormatContext* context = nullptr;
-    const QByteArray encodedPath = path.toUtf8();
+    const QByteArray encodedPath = QFile::encodeName(path); // the name's own bytes: it need not be UTF-8
     // Recorder files are MP4 or MOV: naming the demuxer saves probing the format of every file.
     const QString suffix = QFileInfo(path).suffix().toLower();
     const AVInputFormat* format =
         suffix == QLatin1String("mp4") || suffix == QLatin1String("mov") ? av_find_input_format("mov") : nullptr;
+    int result = avformat_open_input(&context, encodedPath.constData(), format, nullptr);
     // A file whose name lies about its format is opened again with probing.
-    if (avformat_open_input(&context, encodedPath.constData(), format, nullptr) < 0 &&
-        (!format || avformat_open_input(&context, encodedPath.constData(), nullptr, nullptr) < 0)) {
-        LOG_WARN(kLogger, "Unable to get duration of video {}", path.toStdString());
-        return 0;
-    }
+    if (result < 0 && format)
+        result = avformat_open_input(&context, encodedPath.constData(), nullptr, nullptr);
+    if (result < 0)
+        return unplayable(result);
     std::unique_ptr<AVFormatContext*, void (*)(AVFormatContext**)> closer(&context, &avformat_close_input);
-    if (context->duration == AV_NOPTS_VALUE && avformat_find_stream_info(context, nullptr) < 0) {
-        LOG_WARN(kLogger, "Unable to get duration of video {}", path.toStdString());
-        return 0;
-    }
-    return context->duration == AV_NOPTS_VALUE ? 0 : context->duration / 1000;
+    if (context->duration == AV_NOPTS_VALUE && (result = avformat_find_stream_info(context, nullptr)) < 0)
+        return unplayable(result);
+    probe.durationMs = context->duration == AV_NOPTS_VALUE ? 0 : context->duration / 1000;
+    return probe;
 }
 
 void PlaylistLoader::loadDirectory(const QString& dir) { load(Source::Directory, dir); }
@@ -83,7 +96,7 @@ void PlaylistLoader::load(Source source, const QString& path) {
 
     try {
         PlaylistDiscovery discovery(
-            &PlaylistLoader::videoDurationMs,
+            &PlaylistLoader::probeVideo,
             [this](int percent) { emitProgressSignal(percent * kDiscoveredPercent / 100); }, &m_cancel);
         discovery.setThreadCount(m_threads);
         Playlist::RawItems rawItems =

@@ -40,6 +40,8 @@ public:
 
     // Duration of a video in milliseconds read by libavformat, or 0 (logged) when it cannot be read.
     static std::int64_t videoDurationMs(const QString& path);
+    // The duration, and for a video libavformat cannot open, why it cannot be played.
+    static PlaylistDiscovery::VideoProbe probeVideo(const QString& path);
 
     const Timings& lastTimings() const { return m_timings; }
     // Threads for probing and track loading; 0 (the default) uses every core.

@@ -7,31 +7,41 @@
 #include "os/nmea/Parser.h"
 
 #include <QFile>
+#include <QFileInfo>
 
-#include <limits>
 #include <stdexcept>
 
 namespace {
 constexpr const char* kLogger = "core.TrackLoader";
-constexpr qint64 kMaxTrackBytes = std::numeric_limits<int>::max() - 4096;
+} // namespace
+
+QByteArray TrackLoader::readFile(const QString& path) {
+    const std::string shownPath = path.toStdString();
+    const QFileInfo info(path);
+    // A link to a device, a pipe or a socket would be read without end (or never answer): regular files only.
+    if (info.exists() && !info.isFile())
+        throw std::runtime_error(fmt::format("Failed to read file: not a regular file ('{}')", shownPath));
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw std::runtime_error(fmt::format("Failed to read file: invalid stream ('{}')", shownPath));
+    if (file.size() > kMaxFileBytes)
+        throw std::runtime_error(fmt::format("Failed to read file: {} bytes, more than the {} MB a track may have "
+                                             "('{}')",
+                                             file.size(), kMaxFileBytes >> 20, shownPath));
+    // Read no more than the limit even when the file grows meanwhile.
+    QByteArray bytes = file.read(kMaxFileBytes + 1);
+    if (file.error() != QFileDevice::NoError) {
+        LOG_ERROR(kLogger, "Reading {} failed: {}", shownPath, file.errorString().toStdString());
+        throw std::runtime_error(fmt::format("Failed to read file: invalid stream ('{}')", shownPath));
+    }
+    if (bytes.size() > kMaxFileBytes)
+        throw std::runtime_error(fmt::format("Failed to read file: more than the {} MB a track may have ('{}')",
+                                             kMaxFileBytes >> 20, shownPath));
+    return bytes;
 }
 
 TrackLoader::Result TrackLoader::load(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw std::runtime_error(fmt::format("Failed to read file: invalid stream ('{}')", path.toStdString()));
-    // A byte array holds a little under 2 GiB; a track that large is not a dash camera's.
-    if (file.size() > kMaxTrackBytes) {
-        LOG_ERROR(kLogger, "{} is too large to load: {} bytes", path.toStdString(), file.size());
-        throw std::runtime_error(fmt::format("Failed to read file: invalid stream ('{}')", path.toStdString()));
-    }
-    QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        LOG_ERROR(kLogger, "Reading {} failed: {}", path.toStdString(), file.errorString().toStdString());
-        throw std::runtime_error(fmt::format("Failed to read file: invalid stream ('{}')", path.toStdString()));
-    }
-    file.close();
-    return loadBytes(bytes);
+    return loadBytes(readFile(path));
 }
 
 TrackLoader::Result TrackLoader::loadBytes(const QByteArray& bytes) {

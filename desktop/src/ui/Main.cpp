@@ -1,5 +1,6 @@
 // The program's entry point: options, log level, locale and translation, then the main window.
 #include "core/ApplicationOptions.h"
+#include "core/FileNames.h"
 #include "core/Startup.h"
 #include "logging/Logging.h"
 #include "ui/AppUpdater.h"
@@ -31,6 +32,7 @@ bool asksOnlyForText(int argc, char** argv) {
 int main(int argc, char** argv) {
     // Qt::AA_UseOpenGLES is left unset: the Linux desktop renders with desktop OpenGL.
     qInstallMessageHandler(qtMessageHandler);
+    keepFileNamesAsGiven();
     if (asksOnlyForText(argc, argv)) {
         QCoreApplication textOnly(argc, argv);
         QCoreApplication::setApplicationName(kApplicationName);

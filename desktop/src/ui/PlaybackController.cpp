@@ -10,6 +10,7 @@
 #include "ui/VideoLoader.h"
 #include "ui/VideoProgressSlider.h"
 
+#include <QFileInfo>
 #include <QLabel>
 
 #include <algorithm>
@@ -32,8 +33,9 @@ PlaybackController::PlaybackController(Playlist::RawItems items, QDateTime from,
                                        bool showDate, QObject* parent)
     : QObject(parent), m_views(views), m_items(std::move(items)), m_from(std::move(from)), m_to(std::move(to)),
       m_showDate(showDate), m_currentTime(m_from) {
-    m_workerThread.setObjectName(QStringLiteral("VideoLoader"));
-    m_workerThread.start();
+    m_workerThread = new QThread;
+    m_workerThread->setObjectName(QStringLiteral("VideoLoader"));
+    m_workerThread->start();
     try {
         for (const Playlist::RawItemPtr& item : m_items) {
             Video video;
@@ -43,11 +45,13 @@ PlaybackController::PlaybackController(Playlist::RawItems items, QDateTime from,
                 video.rearFile = item->rearVideo->absoluteFilePath();
             video.from = item->from;
             video.to = item->to;
+            video.problem = item->damageText();
             m_videos.push_back(std::move(video));
             if (item->track)
                 m_track.insert(m_track.end(), item->track->positions.begin(), item->track->positions.end());
         }
-        m_broken.assign(m_videos.size(), false);
+        for (const Video& video : m_videos)
+            m_broken.push_back(!video.problem.isEmpty());
         if (m_views.map) {
             connect(m_views.map, &MapWidgetAdapter::coordinatesReceived, this, &PlaybackController::onCoordinatesFromMap);
             m_views.map->setTrack(&m_track);
@@ -64,7 +68,10 @@ PlaybackController::PlaybackController(Playlist::RawItems items, QDateTime from,
             return;
         }
         m_current = 0;
-        preload(m_current);
+        if (m_broken[0])  // reported once the window has connected to recordingSkipped()
+            QMetaObject::invokeMethod(this, [this] { startFrom(0); }, Qt::QueuedConnection);
+        else
+            preload(m_current);
     } catch (const std::exception& e) {
         LOG_ERROR(kLogger, "{} exception: {}", "PlaybackController::PlaybackController", e.what());
     }
@@ -75,8 +82,8 @@ PlaybackController::~PlaybackController() {
         if (entry.second && entry.second->shownTrack() == &m_track)  // not yet handed to our successor
             entry.second->clearTrack();
     dropPlayers();
-    m_workerThread.quit();
-    m_workerThread.wait();
+    // The GUI thread must not wait for a file that is still opening: the loader finishes in the background.
+    retireLoaderThread(m_workerThread);
 }
 
 // Players die by deleteLater: the last reference may go inside one of the player's own signals, or on the
@@ -125,7 +132,7 @@ void PlaybackController::preload(size_t index) {
         m_nextPlayer->setFiles({video.mainFile});
 
     auto* loader = new VideoLoader(m_nextPlayer);
-    loader->moveToThread(&m_workerThread);
+    loader->moveToThread(m_workerThread);
     m_loadResult = loader->result();
     auto* handler = new VideoLoadingHandler(m_nextPlayer, [this] { onNextVideoLoaded(); });
     connect(loader, &VideoLoader::done, handler, &VideoLoadingHandler::onLoad, Qt::QueuedConnection);
@@ -153,6 +160,8 @@ void PlaybackController::onNextVideoLoaded() {
     } catch (const std::exception& e) {
         LOG_ERROR(kLogger, "Failed to open video {}: {}", m_videos.at(m_nextIndex).mainFile.toStdString(), e.what());
         m_broken.at(m_nextIndex) = true;
+        if (m_videos[m_nextIndex].problem.isEmpty())
+            m_videos[m_nextIndex].problem = QString::fromStdString(e.what());
         m_nextPlayer.reset();
         if (!m_currentPlayer)
             playCurrentVideo();  // skips the broken file
@@ -162,9 +171,30 @@ void PlaybackController::onNextVideoLoaded() {
         playCurrentVideo();
 }
 
+size_t PlaybackController::playableFrom(size_t index) const {
+    while (index < m_videos.size() && m_broken[index])
+        ++index;
+    return index;
+}
+
+void PlaybackController::reportSkipped(size_t index) {
+    const Video& video = m_videos[index];
+    LOG_WARN(kLogger, "Skipped video {}: {}", video.mainFile.toStdString(), video.problem.toStdString());
+    emit recordingSkipped(
+        tr("%1 cannot be played and is skipped. %2").arg(QFileInfo(video.mainFile).fileName(), video.problem));
+}
+
+void PlaybackController::startFrom(size_t index) {
+    m_current = index;
+    if (m_broken[index])
+        playCurrentVideo(); // passes over it, and says so
+    else
+        preload(index);
+}
+
 void PlaybackController::playCurrentVideo() {
-    while (m_current < m_videos.size() && m_broken[m_current])
-        ++m_current;
+    for (; m_current < m_videos.size() && m_broken[m_current]; ++m_current)
+        reportSkipped(m_current);
     if (m_current >= m_videos.size()) {
         stop();
         return;
@@ -217,10 +247,11 @@ void PlaybackController::playCurrentVideo() {
         player->seek(m_pendingSeekMs);
     emit playerChanged(player);
 
-    if (m_current + 1 >= m_videos.size())
+    const size_t next = playableFrom(m_current + 1);
+    if (next >= m_videos.size())
         dropNextPlayer();
     else
-        preload(m_current + 1);
+        preload(next);
     updateOpening();
 }
 
@@ -228,7 +259,9 @@ void PlaybackController::onVideoPositionChanged(qint64) {
     if (!m_currentPlayer)
         return;
     const auto position = static_cast<qint64>(m_currentPlayer->videoTime() * 1000);
-    if (position < 0 || m_currentPlayer->position() >= m_currentPlayer->duration()) {
+    // A file whose length is unknown (0) ends by its last picture instead.
+    const qint64 duration = m_currentPlayer->duration();
+    if (position < 0 || (duration > 0 && m_currentPlayer->position() >= duration)) {
         playNextVideo();
         return;
     }
@@ -348,6 +381,14 @@ void PlaybackController::onSliderPositionChanged(QDateTime time) {
             index = i;
             break;
         }
+    if (m_broken[index]) {
+        // Nothing of it can be shown: on from the next file that plays.
+        dropPlayers();
+        m_pendingSeek = false;
+        m_current = index;
+        playCurrentVideo();
+        return;
+    }
     const qint64 offset = std::max<qint64>(0, m_videos[index].from.msecsTo(time));
     if (m_currentPlayer && m_playingIndex == index) {
         m_current = index;
@@ -404,9 +445,8 @@ void PlaybackController::togglePause() {
     }
     // After the end: play the item again from its start.
     m_paused = false;
-    m_current = 0;
     m_pendingSeek = false;
-    preload(m_current);
+    startFrom(0);
 }
 
 bool PlaybackController::restart(bool force) {
@@ -422,7 +462,7 @@ bool PlaybackController::restart(bool force) {
     m_pendingSeek = false;
     m_current = 0;
     if (!m_videos.empty())
-        preload(m_current);
+        startFrom(0);
     return true;
 }
 

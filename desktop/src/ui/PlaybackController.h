@@ -103,6 +103,9 @@ signals:
     // first file, a file after one that could not keep up, a seek into another file); false once it plays.
     // It starts true during construction: read isOpening() after connecting.
     void openingChanged(bool opening);
+    // Playback passed over a recording that cannot be played (its index lost, say); `message` says which and
+    // why, for the status line. Never emitted during construction.
+    void recordingSkipped(const QString& message);
 
 public slots:
     void onCyclePlayIntervalChanged();
@@ -125,11 +128,17 @@ private:
         bool hasRear = false;
         QDateTime from;
         QDateTime to;
+        QString problem; // why it cannot be played, once that is known
     };
     using PlayerPtr = std::shared_ptr<MultiAVPlayer>;
 
     void preload(size_t index);
     void playCurrentVideo();
+    // Plays from the start of video `index`, or from the next one that can be played.
+    void startFrom(size_t index);
+    // The first video from `index` on that is not known to be broken, or m_videos.size().
+    size_t playableFrom(size_t index) const;
+    void reportSkipped(size_t index);
     void updatePosition(const QDateTime& time);
     void dropPlayers();
     void dropNextPlayer();
@@ -141,7 +150,7 @@ private:
     void showTimeOnPlots(const QDateTime& time);
 
     PlaybackViews m_views;
-    QThread m_workerThread;
+    QThread* m_workerThread = nullptr;  // retired, not waited for, by the destructor
     std::vector<Video> m_videos;
     Playlist::RawItems m_items;
     QDateTime m_from;
@@ -149,7 +158,7 @@ private:
     size_t m_current = 0;       // index into m_videos; m_videos.size() after the last
     size_t m_playingIndex = 0;  // the video m_currentPlayer shows
     size_t m_nextIndex = 0;     // the video m_nextPlayer opens
-    std::vector<bool> m_broken; // videos that failed to open, skipped from then on
+    std::vector<bool> m_broken; // videos damaged or failed to open, skipped from then on
     bool m_paused = false;
     bool m_sliderHeld = false;
     PlayerPtr m_currentPlayer;

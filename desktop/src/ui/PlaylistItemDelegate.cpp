@@ -2,7 +2,7 @@
 #include "ui/PlaylistItemDelegate.h"
 
 #include "core/PlaylistItemModel.h"
-#include "ui/PlaylistView.h"
+#include "ui/Icons.h"
 
 #include <QApplication>
 #include <QDate>
@@ -40,6 +40,14 @@ QPalette::ColorGroup colorGroupOf(const QStyleOptionViewItem& option) {
 
 PlaylistItemDelegate::PlaylistItemDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
 
+bool PlaylistItemDelegate::hasDamageMark(const QModelIndex& index) {
+    return index.column() == 0 && index.data(PlaylistItemModel::DamagedRole).toBool();
+}
+
+int PlaylistItemDelegate::damageMarkSize(const QFont& font) {
+    return QFontMetrics(font).height();
+}
+
 int PlaylistItemDelegate::itemRowHeight(const QFont& font) {
     return QFontMetrics(font).height() + 2 * kItemPadding;
 }
@@ -53,6 +61,11 @@ int PlaylistItemDelegate::cellWidth(const QFontMetricsF& metrics, const QString&
     return static_cast<int>(std::ceil(metrics.horizontalAdvance(text))) + 1 + 2 * kTextMargin;
 }
 
+int PlaylistItemDelegate::itemCellWidth(const QFont& font, const QModelIndex& index) {
+    const int mark = hasDamageMark(index) ? damageMarkSize(font) + kTextMargin : 0;
+    return cellWidth(QFontMetricsF(font), index.data(Qt::DisplayRole).toString()) + mark;
+}
+
 QString PlaylistItemDelegate::dateText(const QDate& date, const QLocale& locale) {
     QString text = locale.toString(date, QLocale::LongFormat);
     if (!text.isEmpty())
@@ -60,10 +73,9 @@ QString PlaylistItemDelegate::dateText(const QDate& date, const QLocale& locale)
     return text;
 }
 
-bool PlaylistItemDelegate::isHovered(const QStyleOptionViewItem& option, const QModelIndex& index) {
-    // The view knows the whole row under the pointer; the style only marks the cell.
-    if (const auto* view = qobject_cast<const PlaylistView*>(option.widget))
-        return view->hoveredRow() == index.row();
+bool PlaylistItemDelegate::isHovered(const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    if (m_hoveredRow)
+        return *m_hoveredRow == index.row();
     return option.state & QStyle::State_MouseOver;
 }
 
@@ -116,7 +128,13 @@ void PlaylistItemDelegate::paintItemCell(QPainter* painter, const QStyleOptionVi
     const QVariant alignment = index.data(Qt::TextAlignmentRole);
     const Qt::Alignment align =
         alignment.isValid() ? Qt::Alignment(alignment.toInt()) : Qt::Alignment(Qt::AlignLeft | Qt::AlignVCenter);
-    const QRect textRect = option.rect.adjusted(kTextMargin, 0, -kTextMargin, 0);
+    QRect textRect = option.rect.adjusted(kTextMargin, 0, -kTextMargin, 0);
+    if (hasDamageMark(index)) {
+        const int side = damageMarkSize(option.font);
+        const QRect mark(textRect.left(), option.rect.center().y() - side / 2, side, side);
+        reelvueIcon(QStringLiteral("damaged")).paint(painter, mark);
+        textRect.setLeft(mark.right() + 1 + kTextMargin);
+    }
     const QString text = index.data(Qt::DisplayRole).toString();
     painter->setFont(option.font);
     painter->setPen(palette.color(group, selected ? QPalette::HighlightedText : QPalette::Text));
@@ -129,5 +147,5 @@ QSize PlaylistItemDelegate::sizeHint(const QStyleOptionViewItem& option, const Q
         // Narrow on purpose: the heading spans the row and must not widen the first column.
         return {2 * kTextMargin, dateRowHeight(option.font)};
     }
-    return {cellWidth(QFontMetricsF(option.font), index.data(Qt::DisplayRole).toString()), itemRowHeight(option.font)};
+    return {itemCellWidth(option.font, index), itemRowHeight(option.font)};
 }

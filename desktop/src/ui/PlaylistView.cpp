@@ -4,10 +4,12 @@
 #include "core/PlaylistItemModel.h"
 #include "ui/PlaylistItemDelegate.h"
 
+#include <QContextMenuEvent>
 #include <QCursor>
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QPainter>
 #include <QToolTip>
 
@@ -26,8 +28,9 @@ constexpr int kTitleMinimumChars = 5;
 
 } // namespace
 
-PlaylistView::PlaylistView(QWidget* parent) : QTableView(parent) {
-    setItemDelegate(new PlaylistItemDelegate(this));
+PlaylistView::PlaylistView(QWidget* parent) : QTableView(parent), m_delegate(new PlaylistItemDelegate(this)) {
+    setItemDelegate(m_delegate);
+    m_delegate->setHoveredRow(-1);
     setSelectionBehavior(SelectRows);
     setSelectionMode(SingleSelection);
     setEditTriggers(NoEditTriggers);
@@ -68,6 +71,7 @@ void PlaylistView::setModel(QAbstractItemModel* model) {
     if (previousSelection && previousSelection != selectionModel())
         previousSelection->deleteLater();
     m_hoveredRow = -1;
+    m_delegate->setHoveredRow(-1);
     for (const QMetaObject::Connection& connection : m_modelConnections)
         disconnect(connection);
     m_modelConnections.clear();
@@ -245,6 +249,7 @@ void PlaylistView::setHoveredRow(int row) {
     };
     updateRow(m_hoveredRow);
     m_hoveredRow = row;
+    m_delegate->setHoveredRow(row);
     updateRow(m_hoveredRow);
 }
 
@@ -254,12 +259,21 @@ bool PlaylistView::viewportEvent(QEvent* event) {
         setHoveredRow(-1);
         break;
     case QEvent::ToolTip: {
-        // The full text of an elided cell.
+        // The full text of an elided cell, and why an item cannot be played.
         const auto* help = static_cast<QHelpEvent*>(event);
         const QModelIndex index = indexAt(help->pos());
-        const QString text = index.isValid() && isItemRow(index.row()) ? index.data().toString() : QString();
-        if (!text.isEmpty() && PlaylistItemDelegate::cellWidth(QFontMetricsF(font()), text) > columnWidth(index.column()))
-            QToolTip::showText(help->globalPos(), text, viewport(), visualRect(index));
+        QStringList tip;
+        if (index.isValid() && isItemRow(index.row())) {
+            const QString text = index.data().toString();
+            const int width = PlaylistItemDelegate::cellWidth(QFontMetricsF(font()), text);
+            if (!text.isEmpty() && width > columnWidth(index.column()))
+                tip.append(text);
+            const QString note = index.data(Qt::ToolTipRole).toString();
+            if (!note.isEmpty())
+                tip.append(note);
+        }
+        if (!tip.isEmpty())
+            QToolTip::showText(help->globalPos(), tip.join(QLatin1Char('\n')), viewport(), visualRect(index));
         else
             QToolTip::hideText();
         return true;
@@ -282,6 +296,21 @@ bool PlaylistView::eventFilter(QObject* watched, QEvent* event) {
         return true;
     }
     return QTableView::eventFilter(watched, event);
+}
+
+void PlaylistView::contextMenuEvent(QContextMenuEvent* event) {
+    const QModelIndex index = indexAt(event->pos()); // on the viewport, as the scroll area passes it on
+    if (!index.isValid() || !index.data(PlaylistItemModel::RepairableRole).toBool()) {
+        QTableView::contextMenuEvent(event);
+        return;
+    }
+    auto* menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("playlistItemMenu"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const int item = itemOfRow(index.row());
+    connect(menu->addAction(tr("Repair…")), &QAction::triggered, this, [this, item] { emit repairRequested(item); });
+    menu->popup(event->globalPos());
+    event->accept();
 }
 
 void PlaylistView::changeEvent(QEvent* event) {
@@ -318,7 +347,6 @@ void PlaylistView::layoutRows() {
 
 void PlaylistView::measureColumns() {
     const int columns = model() ? model()->columnCount() : 0;
-    const QFontMetricsF metrics(font());
     m_columnNeeds.assign(columns, ColumnNeed{});
     for (int column = 0; column < columns; ++column)
         m_columnNeeds[column].header = horizontalHeader()->sectionSizeHint(column);
@@ -328,8 +356,8 @@ void PlaylistView::measureColumns() {
             continue;
         ++measured;
         for (int column = 0; column < columns; ++column) {
-            const QString text = model()->index(row, column).data().toString();
-            m_columnNeeds[column].text = std::max(m_columnNeeds[column].text, PlaylistItemDelegate::cellWidth(metrics, text));
+            const int width = PlaylistItemDelegate::itemCellWidth(font(), model()->index(row, column));
+            m_columnNeeds[column].text = std::max(m_columnNeeds[column].text, width);
         }
     }
     // A column without texts (no track: no distance) still shows the start of its title.

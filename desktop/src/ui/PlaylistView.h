@@ -5,6 +5,8 @@
 
 #include <vector>
 
+class PlaylistItemDelegate;
+
 // Shows a PlaylistItemModel (or any model with its roles). Whole rows are selected, one at a time; day
 // headings span the row and can't be selected: clicks on them are ignored and the keyboard steps over
 // them. Columns are fitted to their texts; the last one takes the rest of the width and elides.
@@ -37,6 +39,9 @@ public:
 signals:
     // The user chose the item of this index (ItemIndexRole). Never emitted for a day heading.
     void itemChosen(int index);
+    // The user asked for a repaired copy of the item of this index, a recording whose index was lost
+    // (PlaylistItemModel::RepairableRole), from the row's context menu.
+    void repairRequested(int index);
 
 protected:
     QModelIndex moveCursor(CursorAction cursorAction, Qt::KeyboardModifiers modifiers) override;
@@ -52,6 +57,7 @@ protected:
     bool viewportEvent(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     bool isItemRow(int row) const;
@@ -75,6 +81,7 @@ private:
     void setHoveredRow(int row);
     QString placeholderText() const;
 
+    PlaylistItemDelegate* m_delegate; // owned as a child
     std::vector<ColumnNeed> m_columnNeeds; // empty until measured for the current model and font
     bool m_userSizedColumns = false;      // the user dragged a column border: keep the widths
     std::vector<QMetaObject::Connection> m_modelConnections;

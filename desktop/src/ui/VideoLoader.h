@@ -5,6 +5,8 @@
 
 #include <QObject>
 
+class QThread;
+
 #include <functional>
 #include <future>
 #include <memory>
@@ -45,3 +47,8 @@ private:
     std::weak_ptr<MultiAVPlayer> m_player;
     std::function<void()> m_callback;
 };
+
+// Ends a loader thread without waiting for it: a file still opening on it (seconds on a slow card) finishes
+// in the background, then the thread quits and deletes itself. GUI thread only. Threads still running when the
+// application object goes are waited for then, so that none outlives the libraries it uses.
+void retireLoaderThread(QThread* thread);
