@@ -15,6 +15,7 @@
 #include "ui/PlaybackSession.h"
 #include "ui/PlaylistPane.h"
 #include "ui/PlotPanel.h"
+#include "ui/RepairFlow.h"
 #include "ui/StorageOpener.h"
 #include "ui/WindowIcons.h"
 #include "ui/WindowSettings.h"
@@ -25,9 +26,11 @@
 #include <QMessageBox>
 #include <QScreen>
 #include <QShortcut>
+#include <QStatusBar>
 
 namespace {
 const QString kWindowTitle = QStringLiteral("Lumicor Reelvue");
+constexpr int kSkippedMessageMs = 10000; // long enough to read a file name and its reason
 } // namespace
 
 MainWindow::MainWindow(QWidget* parent)
@@ -145,6 +148,16 @@ void MainWindow::connectSignals() {
         m_loadedPath = path;
         m_ui->saveItemButton->setEnabled(!path.isEmpty());
         updateWindowTitle();
+    });
+
+    // playlist -> repair: a recording whose index was lost is rebuilt as a window job
+    connect(m_playlist, &PlaylistPane::repairRequested, new RepairFlow(m_jobs, m_fileChoosers, this), &RepairFlow::repair);
+
+    // playback -> status bar: a recording that cannot be played is passed over, and the user is told which
+    connect(m_session, &PlaybackSession::controllerChanged, this, [this](PlaybackController* controller) {
+        if (controller)
+            connect(controller, &PlaybackController::recordingSkipped, this,
+                    [this](const QString& message) { statusBar()->showMessage(message, kSkippedMessageMs); });
     });
 
     // playback -> map, plots: the controller drives them; a page that comes up later is sent what it missed

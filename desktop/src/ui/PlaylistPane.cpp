@@ -27,8 +27,15 @@ PlaylistPane::PlaylistPane(QPlaylistTabWidget* tabs, std::vector<PlaylistView*> 
                                   Qt::QueuedConnection);
     });
     m_liveViews.assign(m_views.begin(), m_views.end());
-    for (PlaylistView* view : m_views)
+    for (size_t i = 0; i < m_views.size(); ++i) {
+        PlaylistView* view = m_views[i];
         connect(view, &PlaylistView::itemChosen, this, [this, view](int index) { choose(view, index); });
+        connect(view, &PlaylistView::repairRequested, this, [this, i](int item) {
+            if (i < m_models.size() && item >= 0 && item < m_models[i]->itemCount() &&
+                !m_models[i]->summary(item).damaged.empty())
+                emit repairRequested(m_models[i]->summary(item).damaged.front()->mainVideo.absoluteFilePath());
+        });
+    }
 }
 
 PlaylistPane::~PlaylistPane() {

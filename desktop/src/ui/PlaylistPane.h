@@ -49,6 +49,8 @@ signals:
     void closed();
     // The path whose playlist is shown; empty when none is.
     void loadedPathChanged(const QString& path);
+    // The user asked to repair this recording, whose index was lost.
+    void repairRequested(const QString& damagedPath);
 
 private:
     void startLoading(const QString& path, bool isFile);
