@@ -2,7 +2,57 @@
 
 #include <QTcpSocket>
 
+#include <algorithm>
+#include <memory>
+
 namespace testsupport {
+
+namespace {
+// 256 KB: the socket's send buffer is topped up to this much, so a padded body is never whole in memory.
+constexpr qint64 kChunk = 256 * 1024;
+
+QByteArray bodyBytes(const LocalHttpServer::Response& response, qint64 from, qint64 count) {
+    QByteArray bytes = response.body.mid(from, count);
+    if (bytes.size() < count)
+        bytes.append(QByteArray(count - bytes.size(), 'x'));
+    return bytes;
+}
+
+void respond(QTcpSocket* socket, const LocalHttpServer::Response& response) {
+    const qint64 length = std::max<qint64>(response.size, response.body.size());
+    QByteArray head = "HTTP/1.0 " + QByteArray::number(response.status) + " X\r\n";
+    if (response.announceLength)
+        head += "Content-Length: " + QByteArray::number(length) + "\r\n";
+    head += "Content-Type: application/octet-stream\r\n";
+    if (!response.location.isEmpty())
+        head += "Location: " + response.location + "\r\n";
+    socket->write(head + "\r\n");
+
+    qint64 end = length;
+    for (const qint64 cut : {response.dropAfter, response.stallAfter})
+        if (cut >= 0)
+            end = std::min(end, cut);
+    const bool close = response.stallAfter < 0;
+    auto sent = std::make_shared<qint64>(0);
+    auto done = std::make_shared<bool>(false);
+    const auto pump = [socket, response, end, close, sent, done] {
+        if (*done)
+            return;
+        while (*sent < end && socket->bytesToWrite() < kChunk) {
+            const qint64 count = std::min(kChunk, end - *sent);
+            socket->write(bodyBytes(response, *sent, count));
+            *sent += count;
+        }
+        if (*sent < end)
+            return;
+        *done = true;
+        if (close)
+            socket->disconnectFromHost(); // after the buffered bytes are sent
+    };
+    QObject::connect(socket, &QTcpSocket::bytesWritten, socket, pump);
+    pump();
+}
+} // namespace
 
 LocalHttpServer::LocalHttpServer() {
     m_server.listen(QHostAddress::LocalHost);
@@ -26,16 +76,7 @@ void LocalHttpServer::onConnection() {
             const QString path = QString::fromLatin1(request.split(' ').value(1));
             ++m_requests[path];
             const auto found = m_routes.constFind(path);
-            const Response response = found == m_routes.constEnd() ? Response{404, "not found", {}, -1} : *found;
-            QByteArray head = "HTTP/1.0 " + QByteArray::number(response.status) + " X\r\n";
-            head += "Content-Length: " + QByteArray::number(response.body.size()) + "\r\n";
-            head += "Content-Type: application/octet-stream\r\n";
-            if (!response.location.isEmpty())
-                head += "Location: " + response.location + "\r\n";
-            socket->write(head + "\r\n");
-            socket->write(response.dropAfter >= 0 ? response.body.left(response.dropAfter) : response.body);
-            socket->flush();
-            socket->disconnectFromHost();
+            respond(socket, found == m_routes.constEnd() ? Response{404, "not found", {}, -1} : *found);
         });
     }
 }

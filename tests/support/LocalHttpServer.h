@@ -14,8 +14,12 @@ public:
     struct Response {
         int status = 200;
         QByteArray body;
-        QByteArray location;      // for redirects
+        QByteArray location{};    // for redirects
         qint64 dropAfter = -1;    // close the connection after this many body bytes (announcing the full length)
+        qint64 size = -1;         // the body padded with 'x' to this many bytes, sent as the client reads it,
+                                  // so a response of gigabytes costs the test no memory
+        bool announceLength = true; // false: no Content-Length, the body ends when the connection closes
+        qint64 stallAfter = -1;   // after this many body bytes send nothing more and keep the connection open
     };
 
     LocalHttpServer();
