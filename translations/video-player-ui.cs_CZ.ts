@@ -594,6 +594,33 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
     </message>
 </context>
 <context>
+    <name>RepairFlow</name>
+    <message>
+        <source>Repair</source>
+        <translation>Oprava záznamu</translation>
+    </message>
+    <message>
+        <source>No playable recording of the same camera lies beside this one, so its pictures cannot be recovered.</source>
+        <translation>Vedle není žádný přehratelný záznam téže kamery, proto nelze obraz tohoto záznamu obnovit.</translation>
+    </message>
+    <message>
+        <source>Save repaired recording to</source>
+        <translation>Uložit opravený záznam do</translation>
+    </message>
+    <message>
+        <source>Repairing</source>
+        <translation>Opravuji</translation>
+    </message>
+    <message>
+        <source>The pictures were recovered into %1 (without sound).</source>
+        <translation>Obraz byl obnoven do %1 (bez zvuku).</translation>
+    </message>
+    <message>
+        <source>Failed to repair: %1</source>
+        <translation>Oprava se nezdařila: %1</translation>
+    </message>
+</context>
+<context>
     <name>StorageOpener</name>
     <message>
         <source>The storage %1 with the loaded recordings was removed.</source>

@@ -594,6 +594,33 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
     </message>
 </context>
 <context>
+    <name>RepairFlow</name>
+    <message>
+        <source>Repair</source>
+        <translation>Naprawa nagrania</translation>
+    </message>
+    <message>
+        <source>No playable recording of the same camera lies beside this one, so its pictures cannot be recovered.</source>
+        <translation>Obok nie ma sprawnego nagrania z tej samej kamery, więc obrazów tego nagrania nie można odzyskać.</translation>
+    </message>
+    <message>
+        <source>Save repaired recording to</source>
+        <translation>Zapisz naprawione nagranie w</translation>
+    </message>
+    <message>
+        <source>Repairing</source>
+        <translation>Naprawianie</translation>
+    </message>
+    <message>
+        <source>The pictures were recovered into %1 (without sound).</source>
+        <translation>Obrazy odzyskano do %1 (bez dźwięku).</translation>
+    </message>
+    <message>
+        <source>Failed to repair: %1</source>
+        <translation>Nie udało się naprawić: %1</translation>
+    </message>
+</context>
+<context>
     <name>StorageOpener</name>
     <message>
         <source>The storage %1 with the loaded recordings was removed.</source>

@@ -594,6 +594,33 @@ If all else fails choose &quot;Force reencoding&quot;.</source>
     </message>
 </context>
 <context>
+    <name>RepairFlow</name>
+    <message>
+        <source>Repair</source>
+        <translation>Восстановление записи</translation>
+    </message>
+    <message>
+        <source>No playable recording of the same camera lies beside this one, so its pictures cannot be recovered.</source>
+        <translation>Рядом нет исправной записи той же камеры, поэтому кадры этой записи восстановить нельзя.</translation>
+    </message>
+    <message>
+        <source>Save repaired recording to</source>
+        <translation>Сохранить восстановленную запись в</translation>
+    </message>
+    <message>
+        <source>Repairing</source>
+        <translation>Восстановление</translation>
+    </message>
+    <message>
+        <source>The pictures were recovered into %1 (without sound).</source>
+        <translation>Кадры восстановлены в %1 (без звука).</translation>
+    </message>
+    <message>
+        <source>Failed to repair: %1</source>
+        <translation>Не удалось восстановить: %1</translation>
+    </message>
+</context>
+<context>
     <name>StorageOpener</name>
     <message>
         <source>The storage %1 with the loaded recordings was removed.</source>
