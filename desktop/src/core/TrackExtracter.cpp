@@ -48,7 +48,8 @@ class BufferedOutputFile {
 public:
     explicit BufferedOutputFile(const QString& path) : m_buffer(kWriteBufferSize) {
         m_out.rdbuf()->pubsetbuf(m_buffer.data(), static_cast<std::streamsize>(m_buffer.size()));
-        m_out.open(QFile::encodeName(path).toStdString(), std::ios::out | std::ios::binary | std::ios::trunc);
+        // The file was created empty; opening it without truncating spares ext4's flush on close.
+        m_out.open(QFile::encodeName(path).toStdString(), std::ios::in | std::ios::out | std::ios::binary);
     }
     bool isOpen() const { return m_out.is_open(); }
     std::ofstream& stream() { return m_out; }

@@ -130,7 +130,7 @@ std::unique_ptr<OutputFile> createOutputFile(const OutputStreamParams& params, c
     if (logging::isEnabled(logging::DEBUG))
         av_dump_format(output->format, 0, utf8Target.c_str(), 1);
     if (!(output->format->oformat->flags & AVFMT_NOFILE)) {
-        result = avio_open(&output->format->pb, utf8Write.c_str(), AVIO_FLAG_WRITE);
+        result = openCreatedOutput(&output->format->pb, utf8Write);
         if (result < 0)
             failWriting(fmt::format("avio_open: {}", ffmpegErrorText(result)), result);
     }

@@ -4,6 +4,8 @@
 #include "core/ExportTarget.h"
 
 extern "C" {
+#include <libavformat/avio.h>
+#include <libavutil/dict.h>
 #include <libavutil/error.h>
 }
 
@@ -39,6 +41,14 @@ std::string ffmpegErrorText(int error) {
     char buffer[512] = {};
     av_strerror(error, buffer, sizeof buffer);
     return buffer;
+}
+
+int openCreatedOutput(AVIOContext** io, const std::string& path) {
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "truncate", "0", 0);
+    const int result = avio_open2(io, path.c_str(), AVIO_FLAG_WRITE, nullptr, &options);
+    av_dict_free(&options);
+    return result;
 }
 
 void failWriting(const std::string& text, int error) {

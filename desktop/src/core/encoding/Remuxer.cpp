@@ -111,7 +111,7 @@ void StreamCopyWriter::createOutput(AVFormatContext* input, const QString& targe
         outStream->codecpar->codec_tag = 0; // the muxer chooses a tag of its own container
     }
     const std::string utf8Write = encoding::ffmpegPath(writePath);
-    const int opened = avio_open(&m_output->pb, utf8Write.c_str(), AVIO_FLAG_WRITE);
+    const int opened = encoding::openCreatedOutput(&m_output->pb, utf8Write);
     if (opened < 0) {
         LOG_ERROR(kLogger, "Could not open output file '{}'", targetPath.toStdString());
         failure(encoding::ffmpegErrorText(opened), opened);
