@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <vector>
 
@@ -272,12 +273,14 @@ TrackExtracter::Outcome TrackExtracter::writeNmeaCopy(const QString& path) {
         if (m_canceled)
             return Outcome::Canceled;
         const QString trackPath = items[i]->track->file.absoluteFilePath();
-        QFile source(trackPath);
-        if (!source.open(QIODevice::ReadOnly)) {
-            LOG_ERROR(kLogger, "Failed to read track file '{}': {}", trackPath.toStdString(),
-                      source.errorString().toStdString());
-        } else {
-            NmeaStreamAdapter input(source.readAll());
+        std::optional<QByteArray> bytes;
+        try {
+            bytes = TrackLoader::readFile(trackPath); // regular files of a sane size only
+        } catch (const std::exception& error) {
+            LOG_ERROR(kLogger, "Failed to read track file '{}': {}", trackPath.toStdString(), error.what());
+        }
+        if (bytes) {
+            NmeaStreamAdapter input(*bytes);
             ExtracterNmeaSentenceHandler extracter(m_from, m_to);
             try {
                 copied += extracter.extract(&input, &output);

@@ -3,6 +3,8 @@
 
 #include "core/ExportTarget.h"
 
+#include <QFile>
+
 extern "C" {
 #include <libavformat/avio.h>
 #include <libavutil/dict.h>
@@ -33,8 +35,9 @@ QFileInfo cutInputFile(const Playlist::RawItem& item, int camera) {
     return item.mainVideo;
 }
 
+// The file system's own bytes: a name that is not UTF-8 reaches FFmpeg as it is on the card.
 std::string ffmpegPath(const QString& path) {
-    return path.toUtf8().toStdString();
+    return QFile::encodeName(path).toStdString();
 }
 
 std::string ffmpegErrorText(int error) {
