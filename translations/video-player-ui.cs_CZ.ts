@@ -156,6 +156,28 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
         <source>Failed to save track</source>
         <translation>Trasu se nepodařilo uložit</translation>
     </message>
+    <message>
+        <source>Copies cannot go onto the card they come from.
+
+Choose another folder.</source>
+        <translation>Kopie nelze ukládat na kartu, ze které pocházejí.
+
+Zvolte jinou složku.</translation>
+    </message>
+    <message>
+        <source>%1 already exists.
+Do you want to replace it?</source>
+        <translation>%1 již existuje.
+Chcete jej nahradit?</translation>
+    </message>
+    <message>
+        <source>Only %1 s of the %2 s asked were written: the recordings end early or could not be read.</source>
+        <translation>Zapsáno jen %1 s z požadovaných %2 s: záznamy končí dříve nebo je nelze přečíst.</translation>
+    </message>
+    <message>
+        <source>Failed to encode.</source>
+        <translation>Kódování se nezdařilo.</translation>
+    </message>
 </context>
 <context>
     <name>MainWindow</name>

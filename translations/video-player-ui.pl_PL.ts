@@ -156,6 +156,28 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
         <source>Failed to save track</source>
         <translation>Nie udało się zapisać trasy</translation>
     </message>
+    <message>
+        <source>Copies cannot go onto the card they come from.
+
+Choose another folder.</source>
+        <translation>Kopii nie można zapisać na karcie, z której pochodzą.
+
+Wybierz inny folder.</translation>
+    </message>
+    <message>
+        <source>%1 already exists.
+Do you want to replace it?</source>
+        <translation>%1 już istnieje.
+Czy chcesz go zastąpić?</translation>
+    </message>
+    <message>
+        <source>Only %1 s of the %2 s asked were written: the recordings end early or could not be read.</source>
+        <translation>Zapisano tylko %1 s z żądanych %2 s: nagrania kończą się wcześniej lub nie dało się ich odczytać.</translation>
+    </message>
+    <message>
+        <source>Failed to encode.</source>
+        <translation>Nie udało się zakodować.</translation>
+    </message>
 </context>
 <context>
     <name>MainWindow</name>

@@ -156,6 +156,28 @@ If all else fails choose &quot;Force reencoding&quot;.</source>
         <source>Failed to save track</source>
         <translation>Не удалось сохранить трек</translation>
     </message>
+    <message>
+        <source>Copies cannot go onto the card they come from.
+
+Choose another folder.</source>
+        <translation>Копии нельзя сохранять на ту же карту, с которой они взяты.
+
+Выберите другую папку.</translation>
+    </message>
+    <message>
+        <source>%1 already exists.
+Do you want to replace it?</source>
+        <translation>%1 уже существует.
+Заменить его?</translation>
+    </message>
+    <message>
+        <source>Only %1 s of the %2 s asked were written: the recordings end early or could not be read.</source>
+        <translation>Записано только %1 с из запрошенных %2 с: записи заканчиваются раньше или не читаются.</translation>
+    </message>
+    <message>
+        <source>Failed to encode.</source>
+        <translation>Не удалось закодировать.</translation>
+    </message>
 </context>
 <context>
     <name>MainWindow</name>

@@ -8,6 +8,7 @@
 #include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
 #include "support/TmpfsMount.h"
+#include "support/TreeSnapshot.h"
 #include "ui/EncodingSettingsDialog.h"
 #include "ui/ExifWriter.h"
 #include "ui/PlaybackController.h"
@@ -332,6 +333,40 @@ TEST_F(MainWindowTest, saves_a_cut_with_its_track_beside_the_track_alone_and_the
     EXPECT_EQ(answerer.texts.back(), "\u0421opying completed");
     EXPECT_EQ(QDir(nextDirectory).entryList(QDir::Files).size(), 18);
     EXPECT_TRUE(window->isEnabled());
+}
+
+// Nothing is saved into the card, a file is replaced only where the save dialog asked, and a failed save says why.
+TEST_F(MainWindowTest, saves_stay_off_the_card_replace_only_confirmed_files_and_say_why_they_failed) {
+    auto window = openWindow();
+    loadCard(*window);
+    const testsupport::TreeSnapshot card = testsupport::snapshot(cardPath());
+    testsupport::BoxAnswerer answerer(QStringLiteral("OK"));
+    std::vector<QString> folders{QDir(cardPath()).filePath("Normal"), QString()}; // the card, then Cancel
+    MainWindow::FileChoosers choosers;
+    choosers.existingDirectory = [&](QWidget*, const QString&, const QString&) {
+        const QString folder = folders.front();
+        folders.erase(folders.begin());
+        return folder;
+    };
+    choosers.saveFileName = [this](QWidget*, const QString&, const QString&, const QString&) { return nextSavePath; };
+    window->setFileChoosers(choosers);
+
+    window->onSavePlaylistItem();
+    ASSERT_TRUE(waitUntil([&] { return answerer.texts.size() == 1 && folders.empty(); }, 10000));
+    EXPECT_NE(answerer.texts[0].find("card"), std::string::npos) << answerer.texts[0];
+
+    nextSavePath = outputPath(out, "track.kml"); // the dialog confirmed replacing it
+    testsupport::writeFile(nextSavePath, "an older track");
+    window->onSaveTrack(1);
+    ASSERT_TRUE(waitUntil([&] { return answerer.texts.size() == 2; }, 20000));
+    EXPECT_EQ(answerer.texts[1], "Track saving completed");
+    EXPECT_TRUE(testsupport::readFile(nextSavePath).contains("<kml"));
+
+    nextSavePath = outputPath(out, "missing/track.kml");
+    window->onSaveTrack(1);
+    ASSERT_TRUE(waitUntil([&] { return answerer.texts.size() == 3; }, 20000));
+    EXPECT_EQ(answerer.texts[2].rfind("Failed to save track\n\n", 0), 0u) << answerer.texts[2];
+    EXPECT_EQ(testsupport::snapshot(cardPath()), card);
 }
 
 // Cut mode and cycle play both choose on the plots' interval selector; it stays while either needs it.

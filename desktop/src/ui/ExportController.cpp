@@ -7,6 +7,7 @@
 #include "core/FileCopier.h"
 #include "core/TrackExtracter.h"
 #include "core/encoding/Coder.h"
+#include "core/encoding/CutEncoder.h"
 #include "core/encoding/CutNaming.h"
 #include "core/encoding/Remuxer.h"
 #include "logging/Logging.h"
@@ -23,6 +24,9 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <memory>
+#include <type_traits>
+#include <utility>
 
 namespace {
 constexpr const char* kLogger = "ui.MainWindow"; // its lines are the window's
@@ -36,6 +40,30 @@ bool hasRearCamera(const Playlist::RawItems& items) {
 
 bool hasTrack(const Playlist::RawItems& items) {
     return std::any_of(items.begin(), items.end(), [](const Playlist::RawItemPtr& item) { return item->track.has_value(); });
+}
+
+// What a job said of its end, copied on the worker thread as it ends: the runner deletes the job before the
+// window hears of it.
+struct JobOutcome {
+    QString failureReason;
+    bool failedOnTarget = false;
+    std::int64_t askedMs = 0;
+    std::int64_t writtenMs = 0;
+    bool short_ = false;
+};
+
+template <class Job> std::shared_ptr<JobOutcome> watchOutcome(Job* job) {
+    auto outcome = std::make_shared<JobOutcome>();
+    QObject::connect(job, &Job::done, job, [job, outcome](bool) {
+        outcome->failureReason = job->failureReason();
+        outcome->failedOnTarget = job->failedOnTarget();
+        if constexpr (std::is_base_of_v<CutEncoder, Job>) {
+            outcome->short_ = job->wroteLessThanAsked();
+            outcome->askedMs = job->askedMs();
+            outcome->writtenMs = job->writtenMs();
+        }
+    }, Qt::DirectConnection);
+    return outcome;
 }
 } // namespace
 
@@ -69,6 +97,14 @@ ExportController::ExportController(Ui::MainWindow& ui, PlaybackSession* session,
     connect(ui.cutOnButton, &QToolButton::clicked, this, &ExportController::leaveCutMode);
     connect(ui.confirmCutButton, &QToolButton::clicked, this, &ExportController::cut);
     connect(ui.rejectCutButton, &QToolButton::clicked, this, &ExportController::leaveCutMode);
+}
+
+void ExportController::setLoadedPath(const QString& path) {
+    m_cardFolder = QFileInfo(path).isDir() ? path : QString();
+}
+
+exporttarget::Permissions ExportController::permissions(bool overwrite) const {
+    return exporttarget::Permissions{m_cardFolder, overwrite};
 }
 
 void ExportController::retranslate() {
@@ -126,6 +162,12 @@ void ExportController::copyItemFiles(bool withTracks) {
         if (directory.isEmpty())
             return;
         m_lastSaveDirectory = directory;
+        if (const exporttarget::Refusal refusal = exporttarget::folderRefusal(directory, permissions(false))) {
+            LOG_WARN(kLogger, "{}", refusal.text.toStdString());
+            QMessageBox::warning(m_window, tr("Saving"),
+                                 tr("Copies cannot go onto the card they come from.\n\nChoose another folder."));
+            continue;
+        }
         FileCopierCommandVector commands = exportpaths::copyCommands(items, directory);
         if (!withTracks) {
             QSet<QString> trackFiles;
@@ -146,10 +188,14 @@ void ExportController::copyItemFiles(bool withTracks) {
         }
         LOG_INFO(kLogger, "Copy {} files to {}", commands.size(), directory.toStdString());
         auto* copier = new FileCopier;
+        copier->setPermissions(permissions(false));
+        const auto outcome = watchOutcome(copier);
         m_jobs->run(tr("Copying status"), {JobRunner::step(copier, [copier, commands] { copier->copy(commands); })},
-                    [this](const JobRunner::Endings& endings) {
-                        if (!wasCanceled(endings))
-                            onCopyingDone(endings.front() == JobRunner::Ending::Done);
+                    [this, outcome](const JobRunner::Endings& endings) {
+                        if (wasCanceled(endings))
+                            return;
+                        m_doneDetail = outcome->failureReason;
+                        onCopyingDone(endings.front() == JobRunner::Ending::Done);
                     });
         return;
     }
@@ -175,10 +221,14 @@ void ExportController::saveTrack(int format) {
     if (path.isEmpty())
         return;
     auto* job = new TrackExtracter(controller->items(), path, type, interval);
+    job->setPermissions(permissions(QFileInfo::exists(path))); // the save dialog asked before replacing
+    const auto outcome = watchOutcome(job);
     m_jobs->run(tr("Encoding status"), {JobRunner::step(job, [job] { job->encode(); })},
-                [this](const JobRunner::Endings& endings) {
-                    if (!wasCanceled(endings))
-                        onTrackSaveDone(endings.front() == JobRunner::Ending::Done);
+                [this, outcome](const JobRunner::Endings& endings) {
+                    if (wasCanceled(endings))
+                        return;
+                    m_doneDetail = outcome->failureReason;
+                    onTrackSaveDone(endings.front() == JobRunner::Ending::Done);
                 });
 }
 
@@ -220,6 +270,13 @@ void ExportController::cut() {
         return;
     }
     settings.rotation = encoding::rotationFromOrientation(m_session->output(settings.camera)->orientation());
+    // The encoding dialog takes a typed path as well as a chosen one: a file there is replaced only when the
+    // user says so here.
+    if (QFileInfo::exists(settings.filePath) &&
+        QMessageBox::question(m_window, tr("Encoding"),
+                              tr("%1 already exists.\nDo you want to replace it?")
+                                  .arg(QDir::toNativeSeparators(settings.filePath))) != QMessageBox::Yes)
+        return;
     setCutMode(false);
     startCut(items, interval, settings);
 }
@@ -236,12 +293,15 @@ void ExportController::startCut(const Playlist::RawItems& items, const TimeInter
         trackPath.clear();
     } else {
         auto* trackCopy = new TrackExtracter(items, trackPath, TrackExtracter::Nmea, interval);
+        trackCopy->setPermissions(permissions(false));
         steps.push_back(JobRunner::step(trackCopy, [trackCopy] { trackCopy->encode(); }, kTrackCopyWeight, true));
     }
-    BaseEncoder* encoder = settings.forceReencoding ? static_cast<BaseEncoder*>(new Coder(items, interval, settings))
-                                                    : new Remuxer(items, interval, settings);
+    CutEncoder* encoder = settings.forceReencoding ? static_cast<CutEncoder*>(new Coder(items, interval, settings))
+                                                   : new Remuxer(items, interval, settings);
+    encoder->setPermissions(permissions(QFileInfo::exists(settings.filePath))); // confirmed in cut()
+    const auto outcome = watchOutcome(encoder);
     steps.push_back(JobRunner::step(encoder, [encoder] { encoder->encode(); }, kVideoWeight));
-    m_jobs->run(tr("Encoding status"), std::move(steps), [this, trackPath](const JobRunner::Endings& endings) {
+    m_jobs->run(tr("Encoding status"), std::move(steps), [this, trackPath, outcome](const JobRunner::Endings& endings) {
         const bool copiedTrack = !trackPath.isEmpty() && endings.front() == JobRunner::Ending::Done;
         if (!trackPath.isEmpty())
             LOG_DEBUG(kLogger, "onTrackCopyDone ok: {}", endings.front() == JobRunner::Ending::Done);
@@ -253,32 +313,52 @@ void ExportController::startCut(const Playlist::RawItems& items, const TimeInter
             return;
         if (!trackPath.isEmpty() && endings.front() == JobRunner::Ending::Failed)
             QMessageBox::warning(m_window, tr("Encoding"), tr("Failed to copy track"));
+        m_doneDetail = outcome->failureReason;
+        m_failedOnTarget = outcome->failedOnTarget;
+        if (videoDone && outcome->short_)
+            m_doneDetail = tr("Only %1 s of the %2 s asked were written: the recordings end early or could not be read.")
+                               .arg(outcome->writtenMs / 1000.0, 0, 'f', 1)
+                               .arg(outcome->askedMs / 1000.0, 0, 'f', 1);
         onEncodeDone(videoDone);
     });
 }
 
+namespace {
+// The box's text, with the job's own words under it when it gave some.
+QString withDetail(const QString& text, const QString& detail) {
+    return detail.isEmpty() ? text : text + QStringLiteral("\n\n") + detail;
+}
+} // namespace
+
 void ExportController::onCopyingDone(bool ok) {
     LOG_DEBUG(kLogger, "onCopyingDone ok: {}", ok);
+    const QString detail = std::exchange(m_doneDetail, QString());
     if (ok)
         QMessageBox::information(m_window, tr("Saving"), tr("Сopying completed"));
     else
-        QMessageBox::warning(m_window, tr("Saving"), tr("Failed to copy"));
+        QMessageBox::warning(m_window, tr("Saving"), withDetail(tr("Failed to copy"), detail));
 }
 
 void ExportController::onEncodeDone(bool ok) {
     LOG_DEBUG(kLogger, "onEncodeDone ok: {}", ok);
+    const QString detail = std::exchange(m_doneDetail, QString());
+    const bool onTarget = std::exchange(m_failedOnTarget, false);
     if (ok)
-        QMessageBox::information(m_window, tr("Encoding"), tr("Encoding completed"));
+        QMessageBox::information(m_window, tr("Encoding"), withDetail(tr("Encoding completed"), detail));
+    else if (onTarget) // a full disk or a missing folder: no container or option would help
+        QMessageBox::warning(m_window, tr("Encoding"), withDetail(tr("Failed to encode."), detail));
     else
         QMessageBox::warning(m_window, tr("Encoding"),
-                             tr("Failed to encode.\n\nNOTE:\nTry choose another container type or choose \"Only "
-                                "video\" option.\nIf all else fails choose \"Force reencoding\"."));
+                             withDetail(tr("Failed to encode.\n\nNOTE:\nTry choose another container type or choose "
+                                           "\"Only video\" option.\nIf all else fails choose \"Force reencoding\"."),
+                                        detail));
 }
 
 void ExportController::onTrackSaveDone(bool ok) {
     LOG_DEBUG(kLogger, "onTrackSaveDone ok: {}", ok);
+    const QString detail = std::exchange(m_doneDetail, QString());
     if (ok)
         QMessageBox::information(m_window, tr("Track saving"), tr("Track saving completed"));
     else
-        QMessageBox::warning(m_window, tr("Track saving"), tr("Failed to save track"));
+        QMessageBox::warning(m_window, tr("Track saving"), withDetail(tr("Failed to save track"), detail));
 }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "core/EncodingSettings.h"
+#include "core/ExportTarget.h"
 #include "core/Playlist.h"
 #include "core/TimeInterval.h"
 #include "ui/FileChoosers.h"
@@ -31,6 +32,8 @@ public:
     bool isCutMode() const { return m_cutMode; }
     // The part the user chose on the plots while cutting or cycling, else the whole item.
     TimeInterval saveInterval() const;
+    // The card or folder whose recordings are loaded (empty: none, or a single file): nothing is saved into it.
+    void setLoadedPath(const QString& path);
 
 public slots:
     void saveItem();  // the original videos and tracks
@@ -59,6 +62,8 @@ private:
     void startCut(const Playlist::RawItems& items, const TimeInterval& interval, const EncodingSettings& settings);
     // True, after logging it, when the user canceled.
     static bool wasCanceled(const JobRunner::Endings& endings);
+    // What every save may do: never write into the loaded card; replace a file only where the user agreed.
+    exporttarget::Permissions permissions(bool overwrite) const;
 
     Ui::MainWindow& m_ui;
     PlaybackSession* m_session;
@@ -69,4 +74,9 @@ private:
     QMenu* m_saveMenu;
     bool m_cutMode = false;
     QString m_lastSaveDirectory;
+    QString m_cardFolder;
+    // Shown under the next done box: why the job failed, or that a cut came out shorter than asked.
+    QString m_doneDetail;
+    // Set with m_doneDetail when the place written to failed: another container would not help.
+    bool m_failedOnTarget = false;
 };

@@ -146,6 +146,7 @@ void MainWindow::connectSignals() {
     // playlist -> window
     connect(m_playlist, &PlaylistPane::loadedPathChanged, this, [this](const QString& path) {
         m_loadedPath = path;
+        m_export->setLoadedPath(path);
         m_ui->saveItemButton->setEnabled(!path.isEmpty());
         updateWindowTitle();
     });
