@@ -144,8 +144,13 @@ inline std::optional<double> decodeLongitude(std::string_view value, std::string
     return detail::decodeCoordinate(value, hemisphere, 'E', 'W', 180);
 }
 
-// "hhmmss" or "hhmmss.sss".
+// "hhmmss" or "hhmmss.sss". Blanks around it are dropped: some receivers pad the field (" 222519",
+// "222521.0 "), and the time itself is intact. Anything else after the seconds still refuses it.
 inline std::optional<UtcTime> decodeUtcTime(std::string_view field) {
+    while (!field.empty() && field.front() == ' ')
+        field.remove_prefix(1);
+    while (!field.empty() && field.back() == ' ')
+        field.remove_suffix(1);
     if (field.size() < 6 || (field.size() > 6 && field[6] != '.'))
         return std::nullopt;
     const int hours = detail::twoDigits(field, 0);

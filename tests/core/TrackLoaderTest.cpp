@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -157,11 +158,11 @@ TEST(TrackLoaderRealLogs, load_with_plausible_counts) {
         std::uint32_t rmc;
         bool ascending; // the short log's dates step through the years 2098, 2099, 2000...
     };
-    // One fix a second for logs with dates; the six malformed times of the mixed log are dropped;
+    // One fix a second for logs with dates; the mixed log's three malformed times are dropped;
     // GGA alone has no date, and one ZDA at the end dates only the last fix.
     const Expected expected[] = {
         {"nmea/receiver-2004.nmea", 154, 154, true},      {"nmea/rmc-gga-vtg-gsa.nmea", 6, 6, false},
-        {"nmea/mixed-time-precision.nmea", 13, 19, true}, {"nmea/gga-only.nmea", 0, 0, true},
+        {"nmea/mixed-time-precision.nmea", 16, 19, true}, {"nmea/gga-only.nmea", 0, 0, true},
         {"nmea/gga-then-zda.nmea", 1, 0, true},          {"nmea/with-text-and-proprietary.nmea", 4, 4, true},
     };
     for (const Expected& e : expected) {
@@ -177,6 +178,30 @@ TEST(TrackLoaderRealLogs, load_with_plausible_counts) {
     EXPECT_EQ(receiver.positions.front().time, utc(2004, 8, 7, 3, 29, 8));
     EXPECT_NEAR(receiver.positions.front().latitude, 42 + 31.8291 / 60, 1e-12);
     EXPECT_NEAR(receiver.positions.front().longitude, -(88 + 7.3033 / 60), 1e-12);
+}
+
+TEST(TrackLoaderRealLogs, padded_times_read_as_gpsbabel_reads_them) {
+    // The mixed log pads three times with blanks and spoils three more; GPSBabel turns the spoilt ones into
+    // midnight, which a log running at 22:25 cannot hold: those are the fixes that must be missing here.
+    const QString log = testsupport::fixturePath("nmea/mixed-time-precision.nmea");
+    QProcess gpsbabel;
+    gpsbabel.start("gpsbabel", {"-t", "-i", "nmea", "-f", log, "-o", "unicsv,utc=0", "-F", "-"});
+    ASSERT_TRUE(gpsbabel.waitForFinished(10000) && gpsbabel.exitCode() == 0) << gpsbabel.errorString().toStdString();
+    std::vector<TrackTime> expected;
+    for (const QByteArray& line : gpsbabel.readAllStandardOutput().split('\n').mid(1)) {
+        const QList<QByteArray> columns = line.split(',');
+        if (columns.size() < 2 || columns.back().startsWith("00:00:00"))
+            continue;
+        const QDate date = QDate::fromString(QString::fromLatin1(columns[columns.size() - 2]), "yyyy/MM/dd");
+        const QList<QByteArray> hms = columns.back().split(':');
+        ASSERT_EQ(hms.size(), 3) << line.toStdString();
+        expected.push_back(makeTrackTime(date, hms[0].toInt(), hms[1].toInt(), hms[2].toDouble()));
+    }
+    ASSERT_EQ(expected.size(), 16u);
+    std::vector<TrackTime> times;
+    for (const TrackPosition& fix : TrackLoader::load(log).positions)
+        times.push_back(fix.time);
+    EXPECT_EQ(times, expected);
 }
 
 TEST(TrackLoaderBadInput, unreadable_file_and_non_nmea_content_fail_with_their_messages) {

@@ -57,7 +57,14 @@ TEST(FieldDecoding, times_and_dates) {
     EXPECT_FLOAT_EQ(time->seconds, 59.75f);
     EXPECT_FLOAT_EQ(decodeUtcTime("120005")->seconds, 5.0f);
     EXPECT_TRUE(decodeUtcTime("235960").has_value()); // a leap second
-    for (const char* bad : {"", "12000", "240000", "126000", "120061", "12:00:05", "120005x", " 120005", ".1", "1200a5"})
+    // Blanks around an intact time, as real receivers pad the field.
+    for (const char* padded : {" 120005", "120005 ", "120005.0 ", "  120005.  "}) {
+        ASSERT_TRUE(decodeUtcTime(padded).has_value()) << padded;
+        EXPECT_EQ(decodeUtcTime(padded)->hours, 12) << padded;
+        EXPECT_FLOAT_EQ(decodeUtcTime(padded)->seconds, 5.0f) << padded;
+    }
+    for (const char* bad : {"", " ", "12000", "240000", "126000", "120061", "12:00:05", "120005x", "120005.x", ".1",
+                            " .1", "1200a5", "1200 05", "120005. 5", "\t120005"})
         EXPECT_FALSE(decodeUtcTime(bad).has_value()) << bad;
     const auto date = decodeDate("191124");
     ASSERT_TRUE(date.has_value());
