@@ -55,6 +55,38 @@ TEST_F(RemuxerTest, end_runs_on_to_the_first_key_frame_after_the_request) {
     EXPECT_EQ(std::count_if(packets.begin(), packets.end(), [](const auto& p) { return p.stream == 0 && p.key; }), 2);
 }
 
+TEST_F(RemuxerTest, start_with_no_key_frame_after_it_takes_the_key_frame_before) {
+    // A file of one group of pictures, and a start in the last second of a file whose key frames come each
+    // second: no key frame follows either start in its file.
+    testsupport::MediaOptions oneGroup;
+    oneGroup.keyFrameInterval = 1000;
+    const QString single = output("one-group.mp4");
+    ASSERT_TRUE(testsupport::generateVideo(single, oneGroup));
+    auto singleItem = std::make_shared<Playlist::RawItem>(*Media::instance().items()[0]);
+    singleItem->mainVideo = QFileInfo(single);
+    const struct {
+        const char* name;
+        Playlist::RawItems items;
+        TimeInterval interval;
+        double seconds; // from the key frame before the start
+    } cases[] = {
+        {"one-group.mp4", {singleItem}, {at(1.5), at(2.5)}, 3.0},
+        {"near-end.mp4", Media::instance().items(), {at(2.5), at(4.0)}, 3.0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        testsupport::LogCapture log;
+        const QString file = output(QStringLiteral("cut-") + c.name);
+        Remuxer remuxer(c.items, c.interval, settings(file));
+        EncoderRun run(remuxer);
+        ASSERT_EQ(run.doneTrue, 1);
+        EXPECT_NEAR(testsupport::probeDuration(file), c.seconds, 0.2);
+        const auto packets = testsupport::probePackets(file);
+        EXPECT_TRUE(!packets.empty() && packets.front().key);
+        EXPECT_EQ(log.linesContaining("key frame before").size(), 1u);
+    }
+}
+
 TEST_F(RemuxerTest, later_file_with_more_streams_keeps_the_streams_of_the_first) {
     Playlist::RawItems items = Media::instance().items();
     auto extra = std::make_shared<Playlist::RawItem>(*items[1]);

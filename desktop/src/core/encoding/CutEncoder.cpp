@@ -100,8 +100,16 @@ void CutEncoder::runCut(encoding::CutWriter& writer, const encoding::CutTexts& t
                 span.endMs = static_cast<double>(item.from.msecsTo(m_interval.to));
                 if (span.startMs > 0) {
                     const auto ts = static_cast<std::int64_t>(span.startMs / 1000.0 * 1000000.0);
-                    if (av_seek_frame(input.context, -1, ts, writer.seekFlags()) < 0)
-                        throw std::runtime_error(fmt::format("Failed seek in file: '{}'", inputText));
+                    const int flags = writer.seekFlags();
+                    if (av_seek_frame(input.context, -1, ts, flags) < 0) {
+                        // No key frame after the start in this file (one group of pictures, a long one, or the
+                        // start near the end): the key frame before it is the nearest place a copy can begin.
+                        if ((flags & AVSEEK_FLAG_BACKWARD) ||
+                            av_seek_frame(input.context, -1, ts, flags | AVSEEK_FLAG_BACKWARD) < 0)
+                            throw std::runtime_error(fmt::format("Failed seek in file: '{}'", inputText));
+                        LOG_INFO(texts.logger, "No key frame after {:.3f} s in '{}': the cut starts at the key frame before",
+                                 span.startMs / 1000.0, inputText);
+                    }
                 }
                 PacketGuard packet;
                 try {
