@@ -61,6 +61,25 @@ TEST_F(CoderTest, cut_over_three_files_is_continuous_and_progress_reaches_the_en
     EXPECT_LE(run.progress.back(), 105);
 }
 
+TEST_F(CoderTest, still_picture_under_one_kilobit_a_second_encodes_at_the_floor) {
+    // A still grey picture at one frame a second: some 600 bit/s, where x264 would get 0 kbit/s.
+    const QString still = output("still.mp4");
+    QProcess ffmpeg;
+    ffmpeg.start("ffmpeg", {"-v", "error", "-y", "-f", "lavfi", "-i", "color=gray:size=320x180:rate=1:duration=12",
+                            "-c:v", "libx264", "-crf", "51", "-g", "1000", "-pix_fmt", "yuv420p", still});
+    ASSERT_TRUE(ffmpeg.waitForFinished(60000) && ffmpeg.exitCode() == 0);
+    auto item = std::make_shared<Playlist::RawItem>(*Media::instance().items()[0]);
+    item->mainVideo = QFileInfo(still);
+    item->to = at(12.0);
+    testsupport::LogCapture log;
+    const QString file = output("still-cut.mp4");
+    Coder coder({item}, {at(2.0), at(10.0)}, settings(file, true));
+    EncoderRun run(coder);
+    ASSERT_EQ(run.doneTrue, 1);
+    EXPECT_NEAR(testsupport::probeDuration(file), 8.0, 1.0);
+    EXPECT_EQ(log.linesContaining("below the 1000 bit/s the encoder takes for 320x180").size(), 1u);
+}
+
 TEST_F(CoderTest, later_file_at_another_sample_rate_fails_and_leaves_nothing) {
     testsupport::LogCapture log;
     Playlist::RawItems items = Media::instance().items();

@@ -14,6 +14,33 @@ extern "C" {
 #include <algorithm>
 
 namespace encoding {
+namespace {
+
+// x264 takes its rate in whole kbit/s and refuses 0 kbit/s ("Generic error in an external library"), so
+// 1 kbit/s is the least it opens with.
+constexpr std::int64_t kMinVideoBitRate = 1000;
+// 0.0004 bit per pixel: what x264 spends anyway on a still grey or black picture at its coarsest
+// quantizer (about 20 kbit/s for 1920x1080 at 25 frames a second); asking for less only starves the
+// rate control of a moving picture.
+constexpr double kMinBitsPerPixel = 0.0004;
+
+// The input's bit rate, raised to the least the encoder accepts for this frame size and rate; 0 (not
+// known) stays 0, which leaves the encoder its own default quality.
+std::int64_t videoBitRate(const OutputStreamParams& params) {
+    if (params.bitRate <= 0)
+        return 0;
+    const double framesPerSecond = params.frameRate.num > 0 && params.frameRate.den > 0 ? av_q2d(params.frameRate) : 25.0;
+    const auto floor = std::max(kMinVideoBitRate, static_cast<std::int64_t>(static_cast<double>(params.width) *
+                                                                             params.height * framesPerSecond *
+                                                                             kMinBitsPerPixel));
+    if (params.bitRate >= floor)
+        return params.bitRate;
+    LOG_INFO(kCoderLogger, "The input's video bit rate of {} bit/s is below the {} bit/s the encoder takes for {}x{}: "
+             "encoding at {} bit/s", params.bitRate, floor, params.width, params.height, floor);
+    return floor;
+}
+
+} // namespace
 
 OutputStreamParams readStreamParams(const InputFile& input, bool onlyVideo) {
     OutputStreamParams params;
@@ -85,7 +112,7 @@ std::unique_ptr<OutputFile> createOutputFile(const OutputStreamParams& params, c
     video->pix_fmt = videoEncoder->pix_fmts ? videoEncoder->pix_fmts[0] : params.pixelFormat;
     video->time_base = params.timeBase;
     video->framerate = params.frameRate; // rate control counts frames per second, not time base ticks
-    video->bit_rate = params.bitRate;
+    video->bit_rate = videoBitRate(params);
     video->thread_count = 0;
     if (globalHeader)
         video->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
