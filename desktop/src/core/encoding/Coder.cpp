@@ -48,7 +48,7 @@ public:
     }
 
     bool finished() const { return m_videoDone && m_audioDone; }
-    void decodePacket(AVPacket* packet);
+    void decodePacket(const AVPacket* packet);
     // Drains the decoders and the filter at the end of the file.
     void flush();
     // Output time written so far, in milliseconds.
@@ -76,9 +76,10 @@ private:
     std::int64_t m_lastAudioPts = AV_NOPTS_VALUE; // decoded, in the decoder's time base
     std::unique_ptr<VideoFilter> m_filter;
     std::unique_ptr<AudioConverter> m_converter;
+    PacketPtr m_rescaled = allocPacket("Failed to alloc packet"); // the packet handed to a decoder
 };
 
-void FileTranscoder::decodePacket(AVPacket* packet) {
+void FileTranscoder::decodePacket(const AVPacket* packet) {
     const bool isVideo = packet->stream_index == m_input.videoIndex;
     const bool isAudio = packet->stream_index == m_input.audioIndex;
     if (isVideo && !m_videoDone) {
@@ -103,10 +104,18 @@ void FileTranscoder::flush() {
 
 void FileTranscoder::decode(AVCodecContext* decoder, const AVPacket* packet, bool isVideo) {
     if (packet) {
-        AVPacket* copy = const_cast<AVPacket*>(packet);
-        av_packet_rescale_ts(copy, m_input.format->streams[packet->stream_index]->time_base, decoder->time_base);
+        // The caller's packet stays as it was read: the decoder gets a reference to its data with the
+        // timestamps in the decoder's time base.
+        const int referenced = av_packet_ref(m_rescaled.get(), packet);
+        if (referenced < 0)
+            fail(fmt::format("av_packet_ref: {}", ffmpegErrorText(referenced)));
+        av_packet_rescale_ts(m_rescaled.get(), m_input.format->streams[packet->stream_index]->time_base,
+                             decoder->time_base);
+        packet = m_rescaled.get();
     }
     int result = avcodec_send_packet(decoder, packet);
+    if (packet)
+        av_packet_unref(m_rescaled.get());
     if (result < 0 && result != AVERROR_EOF)
         fail(fmt::format("avcodec_send_packet (isVideo: {}): {}", isVideo, ffmpegErrorText(result)));
     FramePtr frame = allocFrame("Failed to alloc frame");

@@ -150,7 +150,7 @@ std::unique_ptr<OutputFile> createOutputFile(const OutputStreamParams& params, c
         output->withAudio = true;
         output->fifo = av_audio_fifo_alloc(audio->sample_fmt, audio->ch_layout.nb_channels, 1);
         if (!output->fifo)
-            fail("av_audio_fifo_realloc failed");
+            fail("av_audio_fifo_alloc failed");
     }
 
     const std::string utf8Write = ffmpegPath(writePath);

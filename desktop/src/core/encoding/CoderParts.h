@@ -35,6 +35,13 @@ inline FramePtr allocFrame(const char* failure) {
     return frame;
 }
 
+inline PacketPtr allocPacket(const char* failure) {
+    PacketPtr packet(av_packet_alloc());
+    if (!packet)
+        fail(failure);
+    return packet;
+}
+
 // Rotation 1 (90 degrees) and 3 (270 degrees) swap width and height.
 inline bool turnsSideways(int rotation) { return rotation == 1 || rotation == 3; }
 
