@@ -24,7 +24,10 @@ constexpr int kPresentIntervalMs = 5;
 // file's player taking over) takes about as long, so its first picture comes on time.
 constexpr double kEndLeadMs = 1.0;
 
-// Whether the machine has a sound device that takes our format; asked once, as it may be slow.
+// Whether the machine has a sound device that takes our format; asked once per process, as it may be slow.
+// Only a player's constructor asks, so the first question comes from the GUI thread: Qt's audio plugins
+// are loaded and set up by the first caller, and a loader thread must not do that while the GUI thread
+// opens an output.
 bool soundDeviceAvailable() {
     static const bool available = [] {
         const QAudioDeviceInfo device = QAudioDeviceInfo::defaultOutputDevice();
@@ -38,7 +41,8 @@ bool soundDeviceAvailable() {
 } // namespace
 
 Player::Player(std::shared_ptr<TimeSource> time, QObject* parent)
-    : QObject(parent), m_clock(std::move(time)), m_audioSink(std::make_unique<AudioSink>()) {
+    : QObject(parent), m_clock(std::move(time)), m_audioSink(std::make_unique<AudioSink>()),
+      m_soundDevice(soundDeviceAvailable()) {
     qRegisterMetaType<av::Player::State>("av::Player::State");
     m_presenter.setTimerType(Qt::PreciseTimer);
     m_presenter.setInterval(kPresentIntervalMs);
@@ -62,7 +66,7 @@ void Player::setFile(const QString& file) {
 void Player::load() {
     m_pipeline.reset();
     m_current = {};
-    m_pipeline = std::make_unique<MediaPipeline>(m_file, m_clock, soundDeviceAvailable() ? m_audioSink.get() : nullptr);
+    m_pipeline = std::make_unique<MediaPipeline>(m_file, m_clock, m_soundDevice ? m_audioSink.get() : nullptr);
     m_current = m_pipeline->firstFrame();
     m_serial = m_pipeline->serial();
     m_ended = m_seeking = m_stepPending = false;
@@ -212,7 +216,7 @@ void Player::updateClockAndSound() {
 }
 
 void Player::startAudio() {
-    if (m_audioOutput || !m_pipeline->hasAudio() || !soundDeviceAvailable())
+    if (m_audioOutput || !m_pipeline->hasAudio() || !m_soundDevice)
         return;
     m_audioOutput = new QAudioOutput(QAudioDeviceInfo::defaultOutputDevice(), AudioSink::format(), this);
     // 100 ms: short enough for the sound to follow the picture, long enough not to starve.

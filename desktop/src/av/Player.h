@@ -124,6 +124,7 @@ private:
     QString m_file;
     Clock m_clock;
     std::unique_ptr<AudioSink> m_audioSink;
+    const bool m_soundDevice; // asked in the constructor, so load() on a loader thread never asks
     QAudioOutput* m_audioOutput = nullptr;
     std::unique_ptr<MediaPipeline> m_pipeline;
     QTimer m_presenter;
