@@ -24,6 +24,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <limits>
 #include <set>
 #include <vector>
 
@@ -55,9 +56,15 @@ QString localText(const QDateTime& time) {
 
 QString utcText(const QDateTime& time) { return time.toUTC().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ssZ")); }
 
-bool isDiskFull(const QString& folder) {
+qint64 freeBytes(const QString& folder) {
     const QStorageInfo storage(folder);
-    return storage.isValid() && storage.bytesAvailable() < kNearlyFull;
+    return storage.isValid() ? storage.bytesAvailable() : std::numeric_limits<qint64>::max();
+}
+
+// Whether a failed write of about `bytes` was for want of space. A sub-job removes its partial file when it
+// fails, so the space it took is free again: what was free before it started tells.
+bool isDiskFull(const QString& folder, qint64 freeBefore = std::numeric_limits<qint64>::max(), qint64 bytes = 0) {
+    return freeBytes(folder) < kNearlyFull || freeBefore < bytes + kNearlyFull;
 }
 
 QString megabytes(qint64 bytes) { return QString::number(double(bytes) / (1024.0 * 1024.0), 'f', 1); }
@@ -195,6 +202,10 @@ void EvidencePack::encode() {
     }
 }
 
+QString EvidencePack::diskFullText() const {
+    return tr("The disk is full: the evidence pack does not fit into %1.").arg(m_request.folder);
+}
+
 EvidencePack::Outcome EvidencePack::fail(const QString& text) {
     if (m_failure.isEmpty())
         m_failure = text;
@@ -329,7 +340,7 @@ EvidencePack::Outcome EvidencePack::copyOriginal(const Original& original) {
     }
     if (outcome == Outcome::Failed && m_failure.isEmpty()) {
         if (writeError == ENOSPC || writeError == EDQUOT || isDiskFull(m_request.folder))
-            return fail(tr("The disk is full: %1 could not be copied into %2.").arg(original.source, m_request.folder));
+            return fail(diskFullText());
         return fail(tr("Can't write %1: %2").arg(target, QString::fromLocal8Bit(std::strerror(writeError))));
     }
     if (outcome != Outcome::Done)
@@ -384,12 +395,11 @@ EvidencePack::Outcome EvidencePack::cutClips() {
             units += file.size() * overlapMs(*item, m_interval) / std::max<qint64>(1, item->from.msecsTo(item->to));
         }
         Remuxer remuxer(items, m_interval, settings);
+        const qint64 freeBefore = freeBytes(m_request.folder);
         const Outcome outcome = runSubJob(remuxer, units);
         if (outcome == Outcome::Failed)
-            return fail(isDiskFull(m_request.folder)
-                            ? tr("The disk is full: the %1 camera's clip did not fit into %2.")
-                                  .arg(QLatin1String(kCameraNames[camera]), m_request.folder)
-                            : tr("The %1 camera's clip could not be cut.").arg(QLatin1String(kCameraNames[camera])));
+            return fail(isDiskFull(m_request.folder, freeBefore, units) ? diskFullText()
+                                                     : tr("The %1 camera's clip could not be cut.").arg(QLatin1String(kCameraNames[camera])));
         if (outcome != Outcome::Done)
             return outcome;
     }
@@ -401,11 +411,11 @@ EvidencePack::Outcome EvidencePack::writeTracks() {
     for (const Playlist::RawItemPtr& item : exportpaths::itemsOverlapping(m_items, m_interval))
         m_trackSources << (item->track && item->track->file.isFile()
                                ? QStringLiteral("%1: %2").arg(item->mainVideo.fileName(), item->track->file.fileName())
-                               : tr("%1: no track file").arg(item->mainVideo.fileName()));
+                               : QStringLiteral("%1: no track file").arg(item->mainVideo.fileName()));
     if (!hasPositionIn(inInterval, m_interval)) {
         LOG_WARN(kLogger, "No GPS position from {} to {}: the pack has no track", text(localText(m_interval.from)),
                  text(localText(m_interval.to)));
-        m_trackSources << tr("no GPS position in the interval");
+        m_trackSources << QStringLiteral("no GPS position in the interval");
         advance(kTrackUnits);
         return Outcome::Done;
     }
@@ -419,9 +429,10 @@ EvidencePack::Outcome EvidencePack::writeTracks() {
     for (const auto& [type, name] : formats) {
         TrackExtracter extracter(inInterval, QDir(m_request.folder).filePath(QStringLiteral("data/track/") + name), type,
                                  m_interval);
+        const qint64 freeBefore = freeBytes(m_request.folder);
         const Outcome outcome = runSubJob(extracter, kTrackUnits / 4);
         if (outcome == Outcome::Failed)
-            return fail(isDiskFull(m_request.folder) ? tr("The disk is full: the track did not fit into %1.").arg(m_request.folder)
+            return fail(isDiskFull(m_request.folder, freeBefore, kTrackUnits) ? diskFullText()
                                                      : tr("The track could not be written as %1.").arg(QLatin1String(name)));
         if (outcome != Outcome::Done)
             return outcome;
@@ -448,7 +459,7 @@ EvidencePack::Outcome EvidencePack::finishBag() {
         if (m_canceled)
             return Outcome::Canceled;
         if (hash.isEmpty())
-            return fail(tr("Can't read %1.").arg(folder.filePath(path)));
+            return fail(tr("Can't read %1: %2").arg(folder.filePath(path), QString::fromLocal8Bit(std::strerror(EIO))));
         m_payload.emplace_back(path, hash);
     }
 
@@ -482,7 +493,6 @@ EvidencePack::Outcome EvidencePack::finishBag() {
         payload.push_back({path, hash});
     QString error;
     if (!bagit::writeTagFiles(m_request.folder, payload, info, &error))
-        return fail(isDiskFull(m_request.folder) ? tr("The disk is full: the manifests did not fit into %1.").arg(m_request.folder)
-                                                 : error);
+        return fail(isDiskFull(m_request.folder) ? diskFullText() : error);
     return Outcome::Done;
 }

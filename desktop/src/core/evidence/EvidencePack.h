@@ -63,6 +63,7 @@ private:
     // Runs a sub-job synchronously on this thread, its progress counted as `units`, cancelled with this job.
     Outcome runSubJob(BaseEncoder& job, qint64 units);
     Outcome fail(const QString& text);
+    QString diskFullText() const;
     void advance(qint64 units);
 
     EvidenceRequest m_request;
