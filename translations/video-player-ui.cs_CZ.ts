@@ -73,6 +73,73 @@
     </message>
 </context>
 <context>
+    <name>EvidencePack</name>
+    <message>
+        <source>No folder was given for the evidence pack.</source>
+        <translation>Nebyla zadána složka pro balíček důkazů.</translation>
+    </message>
+    <message>
+        <source>%1 already exists: an evidence pack always goes into a new folder.</source>
+        <translation>%1 již existuje: balíček důkazů se vždy ukládá do nové složky.</translation>
+    </message>
+    <message>
+        <source>The folder %1 does not exist.</source>
+        <translation>Složka %1 neexistuje.</translation>
+    </message>
+    <message>
+        <source>%1 is on the card being read: choose a folder elsewhere.</source>
+        <translation>%1 je na čtené kartě: zvolte složku jinde.</translation>
+    </message>
+    <message>
+        <source>The interval of the evidence pack is empty.</source>
+        <translation>Interval balíčku důkazů je prázdný.</translation>
+    </message>
+    <message>
+        <source>The folder %1 can&apos;t be made.</source>
+        <translation>Složku %1 nelze vytvořit.</translation>
+    </message>
+    <message>
+        <source>The evidence pack failed: %1</source>
+        <translation>Vytvoření balíčku důkazů selhalo: %1</translation>
+    </message>
+    <message>
+        <source>The disk is full: the evidence pack does not fit into %1.</source>
+        <translation>Disk je plný: balíček důkazů se nevejde do %1.</translation>
+    </message>
+    <message>
+        <source>Nothing was recorded between %1 and %2.</source>
+        <translation>Mezi %1 a %2 nebylo nic nahráno.</translation>
+    </message>
+    <message>
+        <source>The disk is full: the evidence pack needs at least %1 MB in %2, and %3 MB are free.</source>
+        <translation>Disk je plný: balíček důkazů potřebuje alespoň %1 MB v %2, volných je %3 MB.</translation>
+    </message>
+    <message>
+        <source>Can&apos;t read %1: %2</source>
+        <translation>Nelze číst %1: %2</translation>
+    </message>
+    <message>
+        <source>Can&apos;t write %1: %2</source>
+        <translation>Nelze zapsat %1: %2</translation>
+    </message>
+    <message>
+        <source>The copy %1 differs from its original %2.</source>
+        <translation>Kopie %1 se liší od originálu %2.</translation>
+    </message>
+    <message>
+        <source>The track could not be written as %1.</source>
+        <translation>Trasu se nepodařilo zapsat jako %1.</translation>
+    </message>
+    <message>
+        <source>The front camera&apos;s clip could not be cut.</source>
+        <translation>Úsek přední kamery se nepodařilo vyříznout.</translation>
+    </message>
+    <message>
+        <source>The rear camera&apos;s clip could not be cut.</source>
+        <translation>Úsek zadní kamery se nepodařilo vyříznout.</translation>
+    </message>
+</context>
+<context>
     <name>ExportController</name>
     <message>
         <source>Save video</source>
@@ -155,6 +222,38 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
     <message>
         <source>Failed to save track</source>
         <translation>Trasu se nepodařilo uložit</translation>
+    </message>
+    <message>
+        <source>Save evidence</source>
+        <translation>Uložit důkazy</translation>
+    </message>
+    <message>
+        <source>Mark moment</source>
+        <translation>Označit okamžik</translation>
+    </message>
+    <message>
+        <source>Moment marked: %1</source>
+        <translation>Okamžik označen: %1</translation>
+    </message>
+    <message>
+        <source>Save evidence to</source>
+        <translation>Uložit důkazy do</translation>
+    </message>
+    <message>
+        <source>Saving evidence</source>
+        <translation>Ukládání důkazů</translation>
+    </message>
+    <message>
+        <source>The evidence pack is in %1</source>
+        <translation>Balíček důkazů je v %1</translation>
+    </message>
+    <message>
+        <source>The evidence pack was not made.
+
+%1</source>
+        <translation>Balíček důkazů nebyl vytvořen.
+
+%1</translation>
     </message>
 </context>
 <context>

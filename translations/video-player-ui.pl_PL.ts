@@ -73,6 +73,73 @@
     </message>
 </context>
 <context>
+    <name>EvidencePack</name>
+    <message>
+        <source>No folder was given for the evidence pack.</source>
+        <translation>Nie podano folderu dla pakietu dowodowego.</translation>
+    </message>
+    <message>
+        <source>%1 already exists: an evidence pack always goes into a new folder.</source>
+        <translation>%1 już istnieje: pakiet dowodowy zawsze trafia do nowego folderu.</translation>
+    </message>
+    <message>
+        <source>The folder %1 does not exist.</source>
+        <translation>Folder %1 nie istnieje.</translation>
+    </message>
+    <message>
+        <source>%1 is on the card being read: choose a folder elsewhere.</source>
+        <translation>%1 znajduje się na odczytywanej karcie: wybierz folder w innym miejscu.</translation>
+    </message>
+    <message>
+        <source>The interval of the evidence pack is empty.</source>
+        <translation>Przedział pakietu dowodowego jest pusty.</translation>
+    </message>
+    <message>
+        <source>The folder %1 can&apos;t be made.</source>
+        <translation>Nie można utworzyć folderu %1.</translation>
+    </message>
+    <message>
+        <source>The evidence pack failed: %1</source>
+        <translation>Tworzenie pakietu dowodowego nie powiodło się: %1</translation>
+    </message>
+    <message>
+        <source>The disk is full: the evidence pack does not fit into %1.</source>
+        <translation>Dysk jest pełny: pakiet dowodowy nie mieści się w %1.</translation>
+    </message>
+    <message>
+        <source>Nothing was recorded between %1 and %2.</source>
+        <translation>Między %1 a %2 nic nie nagrano.</translation>
+    </message>
+    <message>
+        <source>The disk is full: the evidence pack needs at least %1 MB in %2, and %3 MB are free.</source>
+        <translation>Dysk jest pełny: pakiet dowodowy potrzebuje co najmniej %1 MB w %2, a wolne jest %3 MB.</translation>
+    </message>
+    <message>
+        <source>Can&apos;t read %1: %2</source>
+        <translation>Nie można odczytać %1: %2</translation>
+    </message>
+    <message>
+        <source>Can&apos;t write %1: %2</source>
+        <translation>Nie można zapisać %1: %2</translation>
+    </message>
+    <message>
+        <source>The copy %1 differs from its original %2.</source>
+        <translation>Kopia %1 różni się od oryginału %2.</translation>
+    </message>
+    <message>
+        <source>The track could not be written as %1.</source>
+        <translation>Nie udało się zapisać trasy jako %1.</translation>
+    </message>
+    <message>
+        <source>The front camera&apos;s clip could not be cut.</source>
+        <translation>Nie udało się wyciąć fragmentu z przedniej kamery.</translation>
+    </message>
+    <message>
+        <source>The rear camera&apos;s clip could not be cut.</source>
+        <translation>Nie udało się wyciąć fragmentu z tylnej kamery.</translation>
+    </message>
+</context>
+<context>
     <name>ExportController</name>
     <message>
         <source>Save video</source>
@@ -155,6 +222,38 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
     <message>
         <source>Failed to save track</source>
         <translation>Nie udało się zapisać trasy</translation>
+    </message>
+    <message>
+        <source>Save evidence</source>
+        <translation>Zapisz dowody</translation>
+    </message>
+    <message>
+        <source>Mark moment</source>
+        <translation>Zaznacz chwilę</translation>
+    </message>
+    <message>
+        <source>Moment marked: %1</source>
+        <translation>Zaznaczono chwilę: %1</translation>
+    </message>
+    <message>
+        <source>Save evidence to</source>
+        <translation>Zapisz dowody w</translation>
+    </message>
+    <message>
+        <source>Saving evidence</source>
+        <translation>Zapisywanie dowodów</translation>
+    </message>
+    <message>
+        <source>The evidence pack is in %1</source>
+        <translation>Pakiet dowodowy znajduje się w %1</translation>
+    </message>
+    <message>
+        <source>The evidence pack was not made.
+
+%1</source>
+        <translation>Pakiet dowodowy nie został utworzony.
+
+%1</translation>
     </message>
 </context>
 <context>

@@ -73,6 +73,73 @@
     </message>
 </context>
 <context>
+    <name>EvidencePack</name>
+    <message>
+        <source>No folder was given for the evidence pack.</source>
+        <translation>Не указана папка для пакета доказательств.</translation>
+    </message>
+    <message>
+        <source>%1 already exists: an evidence pack always goes into a new folder.</source>
+        <translation>%1 уже существует: пакет доказательств всегда создаётся в новой папке.</translation>
+    </message>
+    <message>
+        <source>The folder %1 does not exist.</source>
+        <translation>Папка %1 не существует.</translation>
+    </message>
+    <message>
+        <source>%1 is on the card being read: choose a folder elsewhere.</source>
+        <translation>%1 находится на читаемой карте: выберите папку в другом месте.</translation>
+    </message>
+    <message>
+        <source>The interval of the evidence pack is empty.</source>
+        <translation>Интервал пакета доказательств пуст.</translation>
+    </message>
+    <message>
+        <source>The folder %1 can&apos;t be made.</source>
+        <translation>Не удаётся создать папку %1.</translation>
+    </message>
+    <message>
+        <source>The evidence pack failed: %1</source>
+        <translation>Не удалось создать пакет доказательств: %1</translation>
+    </message>
+    <message>
+        <source>The disk is full: the evidence pack does not fit into %1.</source>
+        <translation>Диск заполнен: пакет доказательств не помещается в %1.</translation>
+    </message>
+    <message>
+        <source>Nothing was recorded between %1 and %2.</source>
+        <translation>Между %1 и %2 ничего не записано.</translation>
+    </message>
+    <message>
+        <source>The disk is full: the evidence pack needs at least %1 MB in %2, and %3 MB are free.</source>
+        <translation>Диск заполнен: пакету доказательств нужно не менее %1 МБ в %2, а свободно %3 МБ.</translation>
+    </message>
+    <message>
+        <source>Can&apos;t read %1: %2</source>
+        <translation>Не удаётся прочитать %1: %2</translation>
+    </message>
+    <message>
+        <source>Can&apos;t write %1: %2</source>
+        <translation>Не удаётся записать %1: %2</translation>
+    </message>
+    <message>
+        <source>The copy %1 differs from its original %2.</source>
+        <translation>Копия %1 отличается от оригинала %2.</translation>
+    </message>
+    <message>
+        <source>The track could not be written as %1.</source>
+        <translation>Не удалось записать трек как %1.</translation>
+    </message>
+    <message>
+        <source>The front camera&apos;s clip could not be cut.</source>
+        <translation>Не удалось вырезать фрагмент передней камеры.</translation>
+    </message>
+    <message>
+        <source>The rear camera&apos;s clip could not be cut.</source>
+        <translation>Не удалось вырезать фрагмент задней камеры.</translation>
+    </message>
+</context>
+<context>
     <name>ExportController</name>
     <message>
         <source>Save video</source>
@@ -155,6 +222,38 @@ If all else fails choose &quot;Force reencoding&quot;.</source>
     <message>
         <source>Failed to save track</source>
         <translation>Не удалось сохранить трек</translation>
+    </message>
+    <message>
+        <source>Save evidence</source>
+        <translation>Сохранить доказательства</translation>
+    </message>
+    <message>
+        <source>Mark moment</source>
+        <translation>Отметить момент</translation>
+    </message>
+    <message>
+        <source>Moment marked: %1</source>
+        <translation>Момент отмечен: %1</translation>
+    </message>
+    <message>
+        <source>Save evidence to</source>
+        <translation>Сохранить доказательства в</translation>
+    </message>
+    <message>
+        <source>Saving evidence</source>
+        <translation>Сохранение доказательств</translation>
+    </message>
+    <message>
+        <source>The evidence pack is in %1</source>
+        <translation>Пакет доказательств находится в %1</translation>
+    </message>
+    <message>
+        <source>The evidence pack was not made.
+
+%1</source>
+        <translation>Пакет доказательств не создан.
+
+%1</translation>
     </message>
 </context>
 <context>

@@ -147,6 +147,10 @@ void MainWindow::connectSignals() {
         updateWindowTitle();
     });
 
+    // playlist -> export: an evidence pack's originals may reach past the item that plays
+    connect(m_playlist, &PlaylistPane::loadedPathChanged, m_export,
+            [this](const QString& path) { m_export->setLoaded(path, m_playlist->rawItems()); });
+
     // playback -> map, plots: the controller drives them; a page that comes up later is sent what it missed
     connect(m_map, &MapWidgetAdapter::ready, this, &MainWindow::onMapWidgetReady);
 

@@ -399,7 +399,8 @@ EvidencePack::Outcome EvidencePack::cutClips() {
         const Outcome outcome = runSubJob(remuxer, units);
         if (outcome == Outcome::Failed)
             return fail(isDiskFull(m_request.folder, freeBefore, units) ? diskFullText()
-                                                     : tr("The %1 camera's clip could not be cut.").arg(QLatin1String(kCameraNames[camera])));
+                        : camera == 0 ? tr("The front camera's clip could not be cut.")
+                                      : tr("The rear camera's clip could not be cut."));
         if (outcome != Outcome::Done)
             return outcome;
     }
