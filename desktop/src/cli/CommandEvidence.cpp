@@ -3,6 +3,7 @@
 #include "cli/CliCommand.h"
 #include "cli/CliRecordings.h"
 #include "core/evidence/Bag.h"
+#include "core/evidence/BagZip.h"
 #include "core/evidence/EvidencePack.h"
 #include "logging/Logging.h"
 
@@ -21,7 +22,7 @@ extern "C" {
 
 namespace {
 
-const char* const kEvidenceUsage = "PATH --from T --to T -o DIR [--margin SECONDS] [--mark T ...]";
+const char* const kEvidenceUsage = "PATH --from T --to T -o DIR [--margin SECONDS] [--mark T ...] [--zip]";
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 constexpr int kExitCanceled = 130; // what shells report for a program ended by SIGINT
@@ -48,8 +49,9 @@ void drawProgressBar(int percent) {
     std::fflush(stderr);
 }
 
-int runEvidence(const QStringList& arguments) {
+int runEvidence(QStringList arguments) {
     QString error;
+    const bool zip = arguments.removeAll(QStringLiteral("--zip")) > 0;
     const auto options = cliParseOptions(arguments, {"--from", "--to", "-o", "--output", "--margin", "--mark"}, &error);
     if (!options)
         return usageError(error);
@@ -82,6 +84,11 @@ int runEvidence(const QStringList& arguments) {
     request.folder = QFileInfo(request.folder).absoluteFilePath();
     if (const QString refused = EvidencePack::refusal(request.folder, request.cardPath); !refused.isEmpty()) {
         cliError(refused);
+        return kExitFailed;
+    }
+    const QString zipPath = request.folder + QStringLiteral(".zip");
+    if (zip && QFileInfo::exists(zipPath)) {
+        cliError(QStringLiteral("%1 already exists").arg(zipPath));
         return kExitFailed;
     }
 
@@ -124,8 +131,12 @@ int runEvidence(const QStringList& arguments) {
     worker.wait();
     std::fputc('\n', stderr);
 
+    if (exitCode == 0 && zip && !bagit::writeZip(request.folder, zipPath, &error)) {
+        cliError(QStringLiteral("The pack is whole in %1, but %2").arg(request.folder, error));
+        return kExitFailed;
+    }
     if (exitCode == 0)
-        cliPrint(request.folder + QLatin1Char('\n'));
+        cliPrint(request.folder + QLatin1Char('\n') + (zip ? zipPath + QLatin1Char('\n') : QString()));
     else if (exitCode == kExitCanceled)
         cliError(QStringLiteral("Canceled; %1 was removed").arg(request.folder));
     else
@@ -133,7 +144,7 @@ int runEvidence(const QStringList& arguments) {
     return exitCode;
 }
 
-int runVerify(const QStringList& arguments) {
+int runVerify(QStringList arguments) {
     if (arguments.size() != 1 || arguments.first().startsWith(QLatin1Char('-'))) {
         cliError(QStringLiteral("Usage: reelvue-cli verify DIR"));
         return kExitUsage;
@@ -156,8 +167,10 @@ int runVerify(const QStringList& arguments) {
 
 const CliCommandRegistration evidence{
     {"evidence", kEvidenceUsage,
-     "Make an incident evidence pack (a BagIt folder: originals, clips, track) of an interval", &runEvidence}};
+     "Make an incident evidence pack (a BagIt folder: originals, clips, track) of an interval; --zip also as DIR.zip",
+     [](const QStringList& arguments) { return runEvidence(arguments); }}};
 const CliCommandRegistration verify{
-    {"verify", "DIR", "Check an evidence pack against its manifests; exit 0 only when every file matches", &runVerify}};
+    {"verify", "DIR", "Check an evidence pack against its manifests; exit 0 only when every file matches",
+     [](const QStringList& arguments) { return runVerify(arguments); }}};
 
 } // namespace
