@@ -107,6 +107,16 @@ Playlist::RawItems itemsOfCamera(const Playlist::RawItems& items, int camera) {
     return result;
 }
 
+// About how many bytes a stream copy of the interval reads from a camera's files: each file's share of its time.
+qint64 clipBytes(const Playlist::RawItems& items, const TimeInterval& interval, int camera) {
+    qint64 bytes = 0;
+    for (const Playlist::RawItemPtr& item : itemsOfCamera(items, camera)) {
+        const QFileInfo& file = camera == 0 ? item->mainVideo : *item->rearVideo;
+        bytes += file.size() * overlapMs(*item, interval) / std::max<qint64>(1, item->from.msecsTo(item->to));
+    }
+    return bytes;
+}
+
 bool hasPositionIn(const Playlist::RawItems& items, const TimeInterval& interval) {
     const TrackTime from = trackTimeFromSeconds(interval.from.toSecsSinceEpoch());
     const TrackTime to = trackTimeFromSeconds(interval.to.toSecsSinceEpoch());
@@ -228,8 +238,11 @@ std::vector<EvidencePack::Original> EvidencePack::plannedOriginals() const {
     const QFileInfo card(m_request.cardPath);
     const QDir cardDir(card.isDir() ? card.absoluteFilePath() : card.absolutePath());
     std::vector<Original> originals;
+    std::set<QString> sources;
     std::set<QString> targets;
     auto add = [&](const QFileInfo& file) {
+        if (!sources.insert(file.absoluteFilePath()).second)
+            return; // a file that two items share is one original
         // Where the card's layout is known, its folders are kept: Normal/ and Event/ may share names.
         QString relative = cardDir.relativeFilePath(file.absoluteFilePath());
         if (m_request.cardPath.isEmpty() || relative.startsWith(QLatin1String("..")) || QDir::isAbsolutePath(relative))
@@ -251,7 +264,6 @@ std::vector<EvidencePack::Original> EvidencePack::plannedOriginals() const {
 }
 
 EvidencePack::Outcome EvidencePack::build() {
-    const QDir folder(m_request.folder);
     const std::vector<Original> originals = plannedOriginals();
     if (originals.empty())
         return fail(tr("Nothing was recorded between %1 and %2.").arg(localText(m_interval.from), localText(m_interval.to)));
@@ -261,13 +273,9 @@ EvidencePack::Outcome EvidencePack::build() {
     qint64 originalBytes = 0;
     for (const Original& original : originals)
         originalBytes += QFileInfo(original.source).size();
-    qint64 clipBytes = 0;
-    for (int camera = 0; camera < 2; ++camera)
-        for (const Playlist::RawItemPtr& item : itemsOfCamera(inInterval, camera)) {
-            const QFileInfo& file = camera == 0 ? item->mainVideo : *item->rearVideo;
-            clipBytes += file.size() * overlapMs(*item, m_interval) / std::max<qint64>(1, item->from.msecsTo(item->to));
-        }
-    m_totalUnits = 2 * originalBytes + 2 * clipBytes + kTrackUnits;
+    // Each clip is written, then read for its hash.
+    const qint64 clips = clipBytes(inInterval, m_interval, 0) + clipBytes(inInterval, m_interval, 1);
+    m_totalUnits = 2 * originalBytes + 2 * clips + kTrackUnits;
 
     // The originals alone must fit; saying so now spares a long wait for a full disk.
     const QStorageInfo storage(m_request.folder);
@@ -389,11 +397,7 @@ EvidencePack::Outcome EvidencePack::cutClips() {
         EncodingSettings settings;
         settings.camera = camera;
         settings.filePath = QDir(m_request.folder).filePath(clip);
-        qint64 units = 0;
-        for (const Playlist::RawItemPtr& item : items) {
-            const QFileInfo& file = camera == 0 ? item->mainVideo : *item->rearVideo;
-            units += file.size() * overlapMs(*item, m_interval) / std::max<qint64>(1, item->from.msecsTo(item->to));
-        }
+        const qint64 units = clipBytes(items, m_interval, camera);
         Remuxer remuxer(items, m_interval, settings);
         const qint64 freeBefore = freeBytes(m_request.folder);
         const Outcome outcome = runSubJob(remuxer, units);
@@ -409,7 +413,7 @@ EvidencePack::Outcome EvidencePack::cutClips() {
 
 EvidencePack::Outcome EvidencePack::writeTracks() {
     const Playlist::RawItems inInterval = exportpaths::itemsOverlapping(m_items, m_interval);
-    for (const Playlist::RawItemPtr& item : exportpaths::itemsOverlapping(m_items, m_interval))
+    for (const Playlist::RawItemPtr& item : inInterval)
         m_trackSources << (item->track && item->track->file.isFile()
                                ? QStringLiteral("%1: %2").arg(item->mainVideo.fileName(), item->track->file.fileName())
                                : QStringLiteral("%1: no track file").arg(item->mainVideo.fileName()));
