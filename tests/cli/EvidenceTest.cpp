@@ -165,6 +165,11 @@ TEST_F(EvidenceTest, pack_across_a_file_change_holds_the_untouched_originals_and
              file.open(QIODevice::Append);
              file.write("Note: edited\n");
          }, "CHANGED: bag-info.txt"},
+        {"a manifest naming a file outside the pack", [](const QString& root) {
+             QFile manifest(root + "/manifest-sha256.txt");
+             manifest.open(QIODevice::Append);
+             manifest.write(QByteArray(64, 'a') + "  ../../etc/passwd\n");
+         }, "INVALID: manifest-sha256.txt"},
     };
     for (const auto& test : cases) {
         const QString copy = m_out.filePath(QString::fromLatin1(test.alteration).replace(' ', '-'));
