@@ -212,6 +212,7 @@ public:
     }
     ~SoundTrack() {
         swr_free(&m_resampler);
+        av_channel_layout_uninit(&m_inputLayout);
         av_audio_fifo_free(m_fifo);
     }
 
@@ -592,6 +593,8 @@ public:
         last = link(last, drawText("info", font, fmt::format("%{{metadata:{}}}", kOverlayKey), textHeight,
                                    std::to_string(margin), std::to_string(margin), true));
         for (int i = 0; i < names.size(); ++i) {
+            if (names[i].isEmpty())
+                continue; // drawtext refuses an empty text
             const int x = canvas.left(static_cast<std::size_t>(i)) + margin;
             last = link(last, drawText(fmt::format("camera{}", i), font, names[i].toStdString(), textHeight,
                                        std::to_string(x), fmt::format("h-th-{}", margin), false));
@@ -748,7 +751,9 @@ void OverviewVideo::run(const QString& partialPath) {
     QStringList names;
     for (std::size_t i = 0; i < cameras.size(); ++i)
         names << m_cameraNames.value(static_cast<int>(i));
-    QString fontFile = defaultFontFile();
+    const QString fontFile = defaultFontFile();
+    if (!QFileInfo::exists(fontFile))
+        fail(fmt::format("The font of the overlay is missing: '{}'", fontFile.toStdString()));
     OverlayFilter overlay(canvas, output->video->time_base, names, fontFile);
 
     const std::int64_t frames = static_cast<std::int64_t>(std::ceil(totalMs * av_q2d(frameRate) / 1000.0));

@@ -27,7 +27,8 @@ public:
                   SpeedUnit speedUnit, QStringList cameraNames = {QStringLiteral("Front"), QStringLiteral("Rear")},
                   QObject* parent = nullptr);
 
-    // Where the font for the burned-in text is looked for first; tests and packagers may point elsewhere.
+    // The font of the burned-in text: DejaVu Sans Bold of Debian's fonts-dejavu-core, which covers the
+    // degree sign and the Cyrillic, Polish and Czech letters of translated camera names.
     static QString defaultFontFile();
 
 public slots:
