@@ -23,6 +23,16 @@ constexpr int kMinTextHeight = 12;
 // The picture's text travels to drawtext as frame metadata under this key.
 constexpr const char* kTextKey = "reelvue_overlay";
 
+// Video black (Y 16, U and V 128) over the columns [x, x + width) of a yuv420p picture; x and width even.
+void fillBlack(AVFrame& picture, int x, int width) {
+    for (int y = 0; y < picture.height; ++y)
+        std::memset(picture.data[0] + y * picture.linesize[0] + x, 16, static_cast<std::size_t>(width));
+    for (int y = 0; y < picture.height / 2; ++y) {
+        std::memset(picture.data[1] + y * picture.linesize[1] + x / 2, 128, static_cast<std::size_t>(width / 2));
+        std::memset(picture.data[2] + y * picture.linesize[2] + x / 2, 128, static_cast<std::size_t>(width / 2));
+    }
+}
+
 AVFilterContext* link(AVFilterContext* from, AVFilterContext* to) {
     check(avfilter_link(from, 0, to, 0), "avfilter_link");
     return to;
@@ -59,13 +69,12 @@ FramePtr OverviewCanvas::compose(const std::vector<const AVFrame*>& pictures) {
     canvas->width = m_width;
     canvas->height = m_height;
     check(av_frame_get_buffer(canvas.get(), 0), "av_frame_get_buffer");
-    std::memset(canvas->data[0], 16, static_cast<std::size_t>(canvas->linesize[0]) * m_height); // video black
-    std::memset(canvas->data[1], 128, static_cast<std::size_t>(canvas->linesize[1]) * (m_height / 2));
-    std::memset(canvas->data[2], 128, static_cast<std::size_t>(canvas->linesize[2]) * (m_height / 2));
-    for (std::size_t i = 0; i < pictures.size() && i < m_widths.size(); ++i) {
-        const AVFrame* picture = pictures[i];
-        if (!picture)
+    for (std::size_t i = 0; i < m_widths.size(); ++i) {
+        const AVFrame* picture = i < pictures.size() ? pictures[i] : nullptr;
+        if (!picture) {
+            fillBlack(*canvas, left(i), m_widths[i]);
             continue;
+        }
         m_scalers[i] = sws_getCachedContext(m_scalers[i], picture->width, picture->height,
                                             static_cast<AVPixelFormat>(picture->format), m_widths[i], m_height,
                                             AV_PIX_FMT_YUV420P, SWS_BILINEAR, nullptr, nullptr, nullptr);
