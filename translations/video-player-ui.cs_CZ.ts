@@ -553,6 +553,13 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
     </message>
 </context>
 <context>
+    <name>OverviewVideo</name>
+    <message>
+        <source>no GPS fix</source>
+        <translation>bez GPS</translation>
+    </message>
+</context>
+<context>
     <name>PictureSaver</name>
     <message>
         <source>Save video frame</source>

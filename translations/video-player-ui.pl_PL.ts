@@ -553,6 +553,13 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
     </message>
 </context>
 <context>
+    <name>OverviewVideo</name>
+    <message>
+        <source>no GPS fix</source>
+        <translation>brak GPS</translation>
+    </message>
+</context>
+<context>
     <name>PictureSaver</name>
     <message>
         <source>Save video frame</source>

@@ -553,6 +553,13 @@ If all else fails choose &quot;Force reencoding&quot;.</source>
     </message>
 </context>
 <context>
+    <name>OverviewVideo</name>
+    <message>
+        <source>no GPS fix</source>
+        <translation>нет GPS</translation>
+    </message>
+</context>
+<context>
     <name>PictureSaver</name>
     <message>
         <source>Save video frame</source>

@@ -146,6 +146,7 @@ void OverviewVideo::run(const QString& partialPath) {
     const std::int64_t frames = static_cast<std::int64_t>(std::ceil(totalMs * av_q2d(frameRate) / 1000.0));
     int lastPercent = 0;
     std::vector<const AVFrame*> pictures(cameras.size());
+    const QString noFix = tr("no GPS fix");
     for (std::int64_t n = 0; n < frames && !m_canceled; ++n) {
         const double ms = n * 1000.0 / av_q2d(frameRate);
         for (std::size_t i = 0; i < cameras.size(); ++i)
@@ -153,7 +154,8 @@ void OverviewVideo::run(const QString& partialPath) {
         FramePtr picture = canvas.compose(pictures);
         picture->pts = n;
         const QDateTime moment = start.addMSecs(static_cast<qint64>(ms));
-        const QString text = evidence::overlayText(moment, evidence::fixInForce(m_positions, moment), m_speedUnit);
+        const QString text =
+            evidence::overlayText(moment, evidence::fixInForce(m_positions, moment), m_speedUnit, noFix);
         overlay.draw(std::move(picture), text,
                      [&output](const AVFrame* drawn) { output.encode(output.video.get(), output.videoStream, drawn); });
         const int percent = static_cast<int>((n + 1) * 100 / frames);

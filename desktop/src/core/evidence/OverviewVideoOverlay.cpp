@@ -43,10 +43,10 @@ QString compassPoint(double degrees) {
     return QLatin1String(kPoints[static_cast<int>(turned / 45.0) % 8]);
 }
 
-QString overlayText(const QDateTime& time, const TrackPosition* fix, SpeedUnit unit) {
+QString overlayText(const QDateTime& time, const TrackPosition* fix, SpeedUnit unit, const QString& noFix) {
     QString text = time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss ")) + utcOffsetText(time);
     if (!fix)
-        return text + QStringLiteral("\nno GPS fix");
+        return text + QLatin1Char('\n') + noFix;
     const QString speed = fix->speed ? QString::number(std::lround(speedIn(unit, *fix->speed))) : QStringLiteral("--");
     const QString heading = fix->course
                                 ? QStringLiteral("%1° %2").arg(std::lround(*fix->course) % 360).arg(compassPoint(*fix->course))

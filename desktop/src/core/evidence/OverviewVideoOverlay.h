@@ -18,8 +18,9 @@ const TrackPosition* fixInForce(const TrackPositions& track, const QDateTime& ti
 //   "2024-05-01 10:00:05 UTC+03:00"
 //   "52 km/h  270° W"
 //   "55.751230° N  37.612340° E"
-// A missing speed or heading shows as "--"; without a fix the last two lines are replaced by "no GPS fix".
-QString overlayText(const QDateTime& time, const TrackPosition* fix, SpeedUnit unit);
+// A missing speed or heading shows as "--"; without a fix the last two lines are replaced by `noFix`.
+QString overlayText(const QDateTime& time, const TrackPosition* fix, SpeedUnit unit,
+                    const QString& noFix = QStringLiteral("no GPS fix"));
 
 // "UTC+03:00", "UTC-04:30" for the moment's offset from UTC.
 QString utcOffsetText(const QDateTime& time);
