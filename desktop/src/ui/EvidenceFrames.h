@@ -32,6 +32,7 @@ public:
     // For each moment, one JPEG per camera recording then, into `folder` (which must exist), named by
     // fileName(); in moment then camera order. A moment without a recording is left out, a picture that
     // cannot be made is logged, left out and described in `errors`; `canceled` stops before the next picture.
+    // Without any track the pictures carry no EXIF block: the EXIF writer stores time and position together.
     std::vector<EvidenceFrame> write(const std::vector<QDateTime>& moments, const QString& folder,
                                      QStringList* errors = nullptr,
                                      const std::atomic<bool>* canceled = nullptr) const;
