@@ -140,6 +140,121 @@
     </message>
 </context>
 <context>
+    <name>EvidenceReport</name>
+    <message>
+        <source>Incident evidence</source>
+        <translation>Důkazy o události</translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation>Datum</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Čas</translation>
+    </message>
+    <message>
+        <source>Place</source>
+        <translation>Místo</translation>
+    </message>
+    <message>
+        <source>not given</source>
+        <translation>neuvedeno</translation>
+    </message>
+    <message>
+        <source>Interval</source>
+        <translation>Interval</translation>
+    </message>
+    <message>
+        <source>Interval (UTC)</source>
+        <translation>Interval (UTC)</translation>
+    </message>
+    <message>
+        <source>Cameras</source>
+        <translation>Kamery</translation>
+    </message>
+    <message>
+        <source>Marked moments</source>
+        <translation>Označené okamžiky</translation>
+    </message>
+    <message>
+        <source>none</source>
+        <translation>žádné</translation>
+    </message>
+    <message>
+        <source>Made by %1 on %2 from %3.</source>
+        <translation>Vytvořeno programem %1 %2 z %3.</translation>
+    </message>
+    <message>
+        <source>GPS speed is indicative, not a calibrated measurement. The overview video and the pictures are derived from the recordings by this program; the files under &quot;originals&quot; are byte-identical copies of the card&apos;s files, and the clips are cut from them without re-encoding.</source>
+        <translation>Rychlost z GPS je orientační, nejde o kalibrované měření. Přehledové video a snímky vytvořil z nahrávek tento program; soubory ve složce &quot;originals&quot; jsou bajtově shodné kopie souborů z karty a klipy jsou z nich vystřiženy bez překódování.</translation>
+    </message>
+    <message>
+        <source>Map</source>
+        <translation>Mapa</translation>
+    </message>
+    <message>
+        <source>Speed, %1</source>
+        <translation>Rychlost, %1</translation>
+    </message>
+    <message>
+        <source>No GPS track for this interval.</source>
+        <translation>Pro tento interval není žádná trasa GPS.</translation>
+    </message>
+    <message>
+        <source>Track around the marked moments</source>
+        <translation>Trasa kolem označených okamžiků</translation>
+    </message>
+    <message>
+        <source>No moments were marked.</source>
+        <translation>Nebyly označeny žádné okamžiky.</translation>
+    </message>
+    <message>
+        <source>Moment %1: %2</source>
+        <translation>Okamžik %1: %2</translation>
+    </message>
+    <message>
+        <source>no GPS fix</source>
+        <translation>bez GPS</translation>
+    </message>
+    <message>
+        <source>Files</source>
+        <translation>Soubory</translation>
+    </message>
+    <message>
+        <source>SHA-256 checksums let anyone check that a file is unchanged (e.g. with sha256sum).</source>
+        <translation>Kontrolní součty SHA-256 umožňují komukoli ověřit, že soubor nebyl změněn (např. programem sha256sum).</translation>
+    </message>
+    <message>
+        <source>original: byte-identical copy</source>
+        <translation>originál: bajtově shodná kopie</translation>
+    </message>
+    <message>
+        <source>clip: the camera&apos;s pictures, cut without re-encoding</source>
+        <translation>klip: obraz kamery vystřižený bez překódování</translation>
+    </message>
+    <message>
+        <source>derived: made by this program, not original</source>
+        <translation>odvozený: vytvořený tímto programem, není originál</translation>
+    </message>
+    <message>
+        <source>%1 bytes, %2</source>
+        <translation>%1 bajtů, %2</translation>
+    </message>
+    <message>
+        <source>Latitude</source>
+        <translation>Šířka</translation>
+    </message>
+    <message>
+        <source>Longitude</source>
+        <translation>Délka</translation>
+    </message>
+    <message>
+        <source>Heading</source>
+        <translation>Kurz</translation>
+    </message>
+</context>
+<context>
     <name>ExportController</name>
     <message>
         <source>Save video</source>
@@ -534,6 +649,13 @@ Pokud nic nepomůže, zvolte „Vynutit překódování“.</translation>
     <message>
         <source>Choose directory to open</source>
         <translation>Vybrat složku…</translation>
+    </message>
+</context>
+<context>
+    <name>OverviewVideo</name>
+    <message>
+        <source>no GPS fix</source>
+        <translation>bez GPS</translation>
     </message>
 </context>
 <context>

@@ -140,6 +140,121 @@
     </message>
 </context>
 <context>
+    <name>EvidenceReport</name>
+    <message>
+        <source>Incident evidence</source>
+        <translation>Dowody zdarzenia</translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation>Data</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Czas</translation>
+    </message>
+    <message>
+        <source>Place</source>
+        <translation>Miejsce</translation>
+    </message>
+    <message>
+        <source>not given</source>
+        <translation>nie podano</translation>
+    </message>
+    <message>
+        <source>Interval</source>
+        <translation>Przedział</translation>
+    </message>
+    <message>
+        <source>Interval (UTC)</source>
+        <translation>Przedział (UTC)</translation>
+    </message>
+    <message>
+        <source>Cameras</source>
+        <translation>Kamery</translation>
+    </message>
+    <message>
+        <source>Marked moments</source>
+        <translation>Zaznaczone chwile</translation>
+    </message>
+    <message>
+        <source>none</source>
+        <translation>brak</translation>
+    </message>
+    <message>
+        <source>Made by %1 on %2 from %3.</source>
+        <translation>Utworzono programem %1 %2 z %3.</translation>
+    </message>
+    <message>
+        <source>GPS speed is indicative, not a calibrated measurement. The overview video and the pictures are derived from the recordings by this program; the files under &quot;originals&quot; are byte-identical copies of the card&apos;s files, and the clips are cut from them without re-encoding.</source>
+        <translation>Prędkość z GPS jest orientacyjna, nie jest to pomiar wzorcowany. Film przeglądowy i zdjęcia zostały utworzone z nagrań przez ten program; pliki w folderze &quot;originals&quot; są identycznymi bajt po bajcie kopiami plików z karty, a fragmenty wycięto z nich bez ponownego kodowania.</translation>
+    </message>
+    <message>
+        <source>Map</source>
+        <translation>Mapa</translation>
+    </message>
+    <message>
+        <source>Speed, %1</source>
+        <translation>Prędkość, %1</translation>
+    </message>
+    <message>
+        <source>No GPS track for this interval.</source>
+        <translation>Brak śladu GPS dla tego przedziału.</translation>
+    </message>
+    <message>
+        <source>Track around the marked moments</source>
+        <translation>Ślad wokół zaznaczonych chwil</translation>
+    </message>
+    <message>
+        <source>No moments were marked.</source>
+        <translation>Nie zaznaczono żadnych chwil.</translation>
+    </message>
+    <message>
+        <source>Moment %1: %2</source>
+        <translation>Chwila %1: %2</translation>
+    </message>
+    <message>
+        <source>no GPS fix</source>
+        <translation>brak GPS</translation>
+    </message>
+    <message>
+        <source>Files</source>
+        <translation>Pliki</translation>
+    </message>
+    <message>
+        <source>SHA-256 checksums let anyone check that a file is unchanged (e.g. with sha256sum).</source>
+        <translation>Sumy kontrolne SHA-256 pozwalają każdemu sprawdzić, że plik nie został zmieniony (np. programem sha256sum).</translation>
+    </message>
+    <message>
+        <source>original: byte-identical copy</source>
+        <translation>oryginał: kopia identyczna bajt po bajcie</translation>
+    </message>
+    <message>
+        <source>clip: the camera&apos;s pictures, cut without re-encoding</source>
+        <translation>fragment: obraz kamery wycięty bez ponownego kodowania</translation>
+    </message>
+    <message>
+        <source>derived: made by this program, not original</source>
+        <translation>pochodny: utworzony przez ten program, nie oryginał</translation>
+    </message>
+    <message>
+        <source>%1 bytes, %2</source>
+        <translation>%1 bajtów, %2</translation>
+    </message>
+    <message>
+        <source>Latitude</source>
+        <translation>Szerokość</translation>
+    </message>
+    <message>
+        <source>Longitude</source>
+        <translation>Długość</translation>
+    </message>
+    <message>
+        <source>Heading</source>
+        <translation>Kurs</translation>
+    </message>
+</context>
+<context>
     <name>ExportController</name>
     <message>
         <source>Save video</source>
@@ -534,6 +649,13 @@ Jeśli to nie pomoże, wybierz „Wymuś ponowne kodowanie”.</translation>
     <message>
         <source>Choose directory to open</source>
         <translation>Wybierz folder…</translation>
+    </message>
+</context>
+<context>
+    <name>OverviewVideo</name>
+    <message>
+        <source>no GPS fix</source>
+        <translation>brak GPS</translation>
     </message>
 </context>
 <context>

@@ -140,6 +140,121 @@
     </message>
 </context>
 <context>
+    <name>EvidenceReport</name>
+    <message>
+        <source>Incident evidence</source>
+        <translation>Доказательства происшествия</translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation>Дата</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Время</translation>
+    </message>
+    <message>
+        <source>Place</source>
+        <translation>Место</translation>
+    </message>
+    <message>
+        <source>not given</source>
+        <translation>не указано</translation>
+    </message>
+    <message>
+        <source>Interval</source>
+        <translation>Интервал</translation>
+    </message>
+    <message>
+        <source>Interval (UTC)</source>
+        <translation>Интервал (UTC)</translation>
+    </message>
+    <message>
+        <source>Cameras</source>
+        <translation>Камеры</translation>
+    </message>
+    <message>
+        <source>Marked moments</source>
+        <translation>Отмеченные моменты</translation>
+    </message>
+    <message>
+        <source>none</source>
+        <translation>нет</translation>
+    </message>
+    <message>
+        <source>Made by %1 on %2 from %3.</source>
+        <translation>Создано программой %1 %2 из %3.</translation>
+    </message>
+    <message>
+        <source>GPS speed is indicative, not a calibrated measurement. The overview video and the pictures are derived from the recordings by this program; the files under &quot;originals&quot; are byte-identical copies of the card&apos;s files, and the clips are cut from them without re-encoding.</source>
+        <translation>Скорость по GPS ориентировочная, это не поверенное измерение. Обзорное видео и снимки получены из записей этой программой; файлы в папке &quot;originals&quot; — побайтно идентичные копии файлов карты, а фрагменты вырезаны из них без перекодирования.</translation>
+    </message>
+    <message>
+        <source>Map</source>
+        <translation>Карта</translation>
+    </message>
+    <message>
+        <source>Speed, %1</source>
+        <translation>Скорость, %1</translation>
+    </message>
+    <message>
+        <source>No GPS track for this interval.</source>
+        <translation>Для этого интервала нет трека GPS.</translation>
+    </message>
+    <message>
+        <source>Track around the marked moments</source>
+        <translation>Трек вокруг отмеченных моментов</translation>
+    </message>
+    <message>
+        <source>No moments were marked.</source>
+        <translation>Моменты не отмечены.</translation>
+    </message>
+    <message>
+        <source>Moment %1: %2</source>
+        <translation>Момент %1: %2</translation>
+    </message>
+    <message>
+        <source>no GPS fix</source>
+        <translation>нет GPS</translation>
+    </message>
+    <message>
+        <source>Files</source>
+        <translation>Файлы</translation>
+    </message>
+    <message>
+        <source>SHA-256 checksums let anyone check that a file is unchanged (e.g. with sha256sum).</source>
+        <translation>Контрольные суммы SHA-256 позволяют любому проверить, что файл не изменён (например, программой sha256sum).</translation>
+    </message>
+    <message>
+        <source>original: byte-identical copy</source>
+        <translation>оригинал: побайтно идентичная копия</translation>
+    </message>
+    <message>
+        <source>clip: the camera&apos;s pictures, cut without re-encoding</source>
+        <translation>фрагмент: изображение камеры, вырезанное без перекодирования</translation>
+    </message>
+    <message>
+        <source>derived: made by this program, not original</source>
+        <translation>производный: создан этой программой, не оригинал</translation>
+    </message>
+    <message>
+        <source>%1 bytes, %2</source>
+        <translation>%1 байт, %2</translation>
+    </message>
+    <message>
+        <source>Latitude</source>
+        <translation>Широта</translation>
+    </message>
+    <message>
+        <source>Longitude</source>
+        <translation>Долгота</translation>
+    </message>
+    <message>
+        <source>Heading</source>
+        <translation>Курс</translation>
+    </message>
+</context>
+<context>
     <name>ExportController</name>
     <message>
         <source>Save video</source>
@@ -534,6 +649,13 @@ If all else fails choose &quot;Force reencoding&quot;.</source>
     <message>
         <source>Choose directory to open</source>
         <translation>Выбрать папку…</translation>
+    </message>
+</context>
+<context>
+    <name>OverviewVideo</name>
+    <message>
+        <source>no GPS fix</source>
+        <translation>нет GPS</translation>
     </message>
 </context>
 <context>
