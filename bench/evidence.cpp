@@ -1,13 +1,15 @@
 // Evidence pack speed against the command line: a pack of a 2-minute interval of two 1080p cameras (four
 // one-minute files each within the 30 s margin) against `cp` of the same originals plus the ffmpeg command
-// that makes the same overview (both cameras side by side, H.264 + AAC, time burned in with drawtext).
+// that makes the same overview (both cameras side by side, H.264 + AAC, time burned in with drawtext). The pack
+// also holds its frames and report, which the command line does not make.
 // Media is made once into /tmp/reelvue-bench-evidence; pass --keep to leave it there for the next run.
 // Measure only on a quiet machine: the figures mean little while other builds share the cores.
 #include "core/TrackLoader.h"
 #include "core/evidence/EvidencePack.h"
 #include "logging/Logging.h"
+#include "ui/EvidenceDrawing.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -145,7 +147,9 @@ bool ffmpegOverview(const QString& output) {
 } // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen"); // the report needs Gui's fonts, nothing is shown
+    QGuiApplication app(argc, argv);
     logging::setLevel(logging::WARN);
     av_log_set_level(AV_LOG_ERROR);
     const bool keep = app.arguments().contains(QStringLiteral("--keep"));
@@ -157,7 +161,14 @@ int main(int argc, char** argv) {
 
     clean();
     const double pack = timed([&] {
-        EvidencePack job({items(), kInterval, out + "/pack", kDir + "/card", 30, {kInterval.from.addSecs(60)}});
+        EvidenceRequest request;
+        request.items = items();
+        request.interval = kInterval;
+        request.folder = out + "/pack";
+        request.cardPath = kDir + "/card";
+        request.marks = {kInterval.from.addSecs(60)};
+        setEvidenceDrawing(request); // the frames and the report, as the window makes them
+        EvidencePack job(request);
         bool ok = false;
         QObject::connect(&job, &EvidencePack::done, [&ok](bool result) { ok = result; });
         job.encode();

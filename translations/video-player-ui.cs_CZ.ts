@@ -138,6 +138,14 @@
         <source>The rear camera&apos;s clip could not be cut.</source>
         <translation>Úsek zadní kamery se nepodařilo vyříznout.</translation>
     </message>
+    <message>
+        <source>The overview video could not be made.</source>
+        <translation>Přehledové video se nepodařilo vytvořit.</translation>
+    </message>
+    <message>
+        <source>The report could not be written: %1</source>
+        <translation>Zprávu se nepodařilo zapsat: %1</translation>
+    </message>
 </context>
 <context>
     <name>EvidenceReport</name>

@@ -138,6 +138,14 @@
         <source>The rear camera&apos;s clip could not be cut.</source>
         <translation>Nie udało się wyciąć fragmentu z tylnej kamery.</translation>
     </message>
+    <message>
+        <source>The overview video could not be made.</source>
+        <translation>Nie udało się utworzyć filmu przeglądowego.</translation>
+    </message>
+    <message>
+        <source>The report could not be written: %1</source>
+        <translation>Nie udało się zapisać raportu: %1</translation>
+    </message>
 </context>
 <context>
     <name>EvidenceReport</name>

@@ -138,6 +138,14 @@
         <source>The rear camera&apos;s clip could not be cut.</source>
         <translation>Не удалось вырезать фрагмент задней камеры.</translation>
     </message>
+    <message>
+        <source>The overview video could not be made.</source>
+        <translation>Не удалось создать обзорное видео.</translation>
+    </message>
+    <message>
+        <source>The report could not be written: %1</source>
+        <translation>Не удалось записать отчёт: %1</translation>
+    </message>
 </context>
 <context>
     <name>EvidenceReport</name>

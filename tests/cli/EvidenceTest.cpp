@@ -86,7 +86,13 @@ protected:
                          });
         loader.loadDirectory(card());
         EXPECT_FALSE(items.empty());
-        return {items, {local(kFrom), local(kTo)}, folder, card(), margin, {}};
+        EvidenceRequest request;
+        request.items = items;
+        request.interval = {local(kFrom), local(kTo)};
+        request.folder = folder;
+        request.cardPath = card();
+        request.marginSeconds = margin;
+        return request;
     }
 
     static QTemporaryDir* s_card;
@@ -138,6 +144,21 @@ TEST_F(EvidenceTest, pack_across_a_file_change_holds_the_untouched_originals_and
                                                pack + "/data/clips/" + clip}).trimmed().toDouble();
         EXPECT_GE(seconds, 59.5) << clip;
         EXPECT_LE(seconds, 70.5) << clip;
+    }
+
+    // What is derived: the overview has both cameras side by side (front 640x360, rear 480x270 scaled to the front's
+    // height) with sound; a picture of each camera at the start, the mark and the end; a report naming every file's
+    // hash (pdftotext reads it).
+    EXPECT_EQ(run("ffprobe", {"-v", "error", "-show_entries", "stream=codec_name,width,height", "-of", "csv=p=0",
+                              pack + "/data/overview.mp4"}).trimmed().toStdString(),
+              "h264,1280,360\naac");
+    EXPECT_EQ(QDir(pack + "/data/frames").entryList(QDir::Files).size(), 6);
+    const QString report = QString::fromUtf8(run("pdftotext", {"-layout", pack + "/data/report.pdf", "-"}));
+    QFile manifest(pack + "/manifest-sha256.txt");
+    ASSERT_TRUE(manifest.open(QIODevice::ReadOnly));
+    for (const QByteArray& line : manifest.readAll().trimmed().split('\n')) {
+        const bool listed = line.endsWith("data/report.pdf") || report.contains(QString::fromLatin1(line.left(64)));
+        EXPECT_TRUE(listed) << "the report lacks " << line.toStdString();
     }
 
     // Each alteration, on its own copy of the pack, is named by verify, which then fails.

@@ -370,14 +370,17 @@ TEST_F(MainWindowTest, save_evidence_chooses_the_interval_like_a_cut_and_packs_t
 
     child<QToolButton>(*window, "evidenceButton")->click();
     ASSERT_TRUE(child<QWidget>(*window, "cutButtonContainer")->isVisible()) << "no interval to choose";
-    window->intervalSelector()->setInterval(QDateTime(QDate(2024, 6, 14), QTime(9, 1, 30)),
-                                            QDateTime(QDate(2024, 6, 14), QTime(9, 2, 30)));
+    // The first minute of the trip, which holds the moment marked just after it started.
+    window->intervalSelector()->setInterval(QDateTime(QDate(2024, 6, 14), QTime(9, 0, 0)),
+                                            QDateTime(QDate(2024, 6, 14), QTime(9, 1, 0)));
     nextDirectory = out.path();
     child<QToolButton>(*window, "confirmCutButton")->click();
     ASSERT_TRUE(waitUntil([&] { return !answerer.texts.empty(); }, 60000));
-    const QString folder = out.filePath("evidence-20240614T090130-20240614T090230");
+    const QString folder = out.filePath("evidence-20240614T090000-20240614T090100");
     EXPECT_EQ(answerer.texts.back(), "The evidence pack is in " + folder.toStdString());
     EXPECT_TRUE(bagit::verify(folder).empty());
+    for (const char* made : {"data/overview.mp4", "data/report.pdf", "data/frames/2024-06-14_09-00-00.000_front.jpg"})
+        EXPECT_TRUE(QFileInfo::exists(folder + "/" + made)) << made;
     QFile info(folder + "/bag-info.txt");
     ASSERT_TRUE(info.open(QIODevice::ReadOnly));
     EXPECT_TRUE(info.readAll().contains("Marked-Moment: 2024-06-14T09:0"));

@@ -6,6 +6,7 @@
 #include "core/evidence/BagZip.h"
 #include "core/evidence/EvidencePack.h"
 #include "logging/Logging.h"
+#include "ui/EvidenceDrawing.h"
 
 #include <QEventLoop>
 #include <QFileInfo>
@@ -98,6 +99,7 @@ int runEvidence(QStringList arguments) {
         return kExitFailed;
     }
     request.items = *items;
+    setEvidenceDrawing(request);
     // FFmpeg's own chatter only when the log is detailed too.
     if (!logging::isEnabled(logging::DEBUG))
         av_log_set_level(AV_LOG_ERROR);

@@ -12,12 +12,14 @@
 #include "core/evidence/EvidencePack.h"
 #include "logging/Logging.h"
 #include "ui/EncodingSettingsDialog.h"
+#include "ui/EvidenceDrawing.h"
 #include "ui/Icons.h"
 #include "ui/PlaybackController.h"
 #include "ui/PlaybackSession.h"
 #include "ui/PlotIntervalSelector.h"
 #include "ui/PlotPanel.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QMenu>
 #include <QMessageBox>
@@ -357,6 +359,13 @@ void ExportController::startEvidence(const TimeInterval& interval) {
     request.folder = folder;
     request.cardPath = m_loadedPath;
     request.marks = m_marks;
+    setEvidenceDrawing(request);
+    // The map as the user sees it, for the report; without a map on screen the report draws the track itself.
+    if (m_ui.mapWidget->isVisible()) {
+        QBuffer png(&request.mapPicture);
+        png.open(QIODevice::WriteOnly);
+        m_ui.mapWidget->grab().save(&png, "PNG");
+    }
     auto* pack = new EvidencePack(request);
     // The runner may delete the job before it reports the end: the failure is taken as the job ends, on its
     // thread; the queued end report that follows carries it over to this one.

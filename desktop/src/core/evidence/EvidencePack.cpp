@@ -7,6 +7,7 @@
 #include "core/TrackExtracter.h"
 #include "core/encoding/Remuxer.h"
 #include "core/evidence/Bag.h"
+#include "core/evidence/OverviewVideo.h"
 #include "logging/Logging.h"
 
 #include <QCryptographicHash>
@@ -36,6 +37,11 @@ constexpr qint64 kBlockSize = 1 << 20;
 constexpr qint64 kNearlyFull = kBlockSize;
 // The track files are tiny; this share keeps their step visible on the bar.
 constexpr qint64 kTrackUnits = 4 * kBlockSize;
+// Re-encoding the overview takes some twenty times as long per byte of the cameras' files as copying them
+// (x264 "veryfast" on 1080p against a disk copy): its share of the bar, so that the remaining time holds.
+constexpr qint64 kOverviewUnitsPerByte = 20;
+// A frame and the report are drawn in about the time a few megabytes take to copy.
+constexpr qint64 kPictureUnits = 4 * kBlockSize;
 
 const char* const kCameraNames[] = {"front", "rear"};
 
@@ -159,6 +165,9 @@ void EvidencePack::encode() {
     m_failure.clear();
     m_payload.clear();
     m_trackSources.clear();
+    m_missingFrames.clear();
+    m_track.clear();
+    m_marks.clear();
     m_doneUnits = 0;
     m_lastPercent = -1;
     const auto started = std::chrono::steady_clock::now();
@@ -273,9 +282,25 @@ EvidencePack::Outcome EvidencePack::build() {
     qint64 originalBytes = 0;
     for (const Original& original : originals)
         originalBytes += QFileInfo(original.source).size();
-    // Each clip is written, then read for its hash.
+    // The interval's track and marks, for the overview, the frames and the report.
+    const TrackTime from = trackTimeFromSeconds(m_interval.from.toSecsSinceEpoch());
+    const TrackTime to = trackTimeFromSeconds(m_interval.to.toSecsSinceEpoch());
+    for (const Playlist::RawItemPtr& item : inInterval)
+        if (item->track)
+            std::copy_if(item->track->positions.begin(), item->track->positions.end(), std::back_inserter(m_track),
+                         [from, to](const TrackPosition& p) { return from <= p.time && p.time <= to; });
+    std::stable_sort(m_track.begin(), m_track.end(),
+                     [](const TrackPosition& a, const TrackPosition& b) { return a.time < b.time; });
+    std::copy_if(m_request.marks.begin(), m_request.marks.end(), std::back_inserter(m_marks),
+                 [this](const QDateTime& mark) { return m_interval.from <= mark && mark <= m_interval.to; });
+    std::sort(m_marks.begin(), m_marks.end());
+
+    // Each clip is written, then read for its hash; the overview is re-encoded from the same bytes.
     const qint64 clips = clipBytes(inInterval, m_interval, 0) + clipBytes(inInterval, m_interval, 1);
-    m_totalUnits = 2 * originalBytes + 2 * clips + kTrackUnits;
+    m_overviewUnits = kOverviewUnitsPerByte * clips;
+    const qint64 pictures = (m_request.writeFrames ? qint64(2 + m_marks.size()) * kPictureUnits : 0) +
+                            (m_request.writeReport ? kPictureUnits : 0);
+    m_totalUnits = 2 * originalBytes + 2 * clips + kTrackUnits + m_overviewUnits + pictures;
 
     // The originals alone must fit; saying so now spares a long wait for a full disk.
     const QStorageInfo storage(m_request.folder);
@@ -288,8 +313,10 @@ EvidencePack::Outcome EvidencePack::build() {
             return outcome;
     if (const Outcome outcome = cutClips(); outcome != Outcome::Done)
         return outcome;
-    if (const Outcome outcome = writeTracks(); outcome != Outcome::Done)
-        return outcome;
+    for (auto step : {&EvidencePack::writeTracks, &EvidencePack::makeOverview, &EvidencePack::writeFrames,
+                      &EvidencePack::hashPayload, &EvidencePack::writeReport})
+        if (const Outcome outcome = (this->*step)(); outcome != Outcome::Done)
+            return outcome;
     return finishBag();
 }
 
@@ -445,7 +472,75 @@ EvidencePack::Outcome EvidencePack::writeTracks() {
     return Outcome::Done;
 }
 
-EvidencePack::Outcome EvidencePack::finishBag() {
+EvidencePack::Outcome EvidencePack::makeOverview() {
+    const Playlist::RawItems inInterval = exportpaths::itemsOverlapping(m_items, m_interval);
+    OverviewVideo overview(inInterval, m_interval, QDir(m_request.folder).filePath(QStringLiteral("data/overview.mp4")),
+                           m_track, m_request.speedUnit);
+    const qint64 freeBefore = freeBytes(m_request.folder);
+    const Outcome outcome = runSubJob(overview, m_overviewUnits);
+    if (outcome == Outcome::Failed)
+        return fail(isDiskFull(m_request.folder, freeBefore, m_overviewUnits / kOverviewUnitsPerByte)
+                        ? diskFullText()
+                        : tr("The overview video could not be made."));
+    return outcome;
+}
+
+EvidencePack::Outcome EvidencePack::writeFrames() {
+    if (!m_request.writeFrames)
+        return Outcome::Done;
+    std::vector<QDateTime> moments{m_interval.from};
+    moments.insert(moments.end(), m_marks.begin(), m_marks.end());
+    moments.push_back(m_interval.to);
+    const QString folder = QDir(m_request.folder).filePath(QStringLiteral("data/frames"));
+    QDir().mkpath(folder);
+    const Playlist::RawItems inInterval = exportpaths::itemsOverlapping(m_items, m_interval);
+    m_missingFrames = m_request.writeFrames(inInterval, m_track, moments, folder, &m_canceled);
+    advance(qint64(moments.size()) * kPictureUnits);
+    if (m_canceled)
+        return Outcome::Canceled;
+    if (!m_missingFrames.isEmpty() && isDiskFull(m_request.folder))
+        return fail(diskFullText());
+    for (const QString& missing : m_missingFrames)
+        LOG_WARN(kLogger, "A picture of the pack was not made: {}", text(missing));
+    return Outcome::Done;
+}
+
+EvidencePack::Outcome EvidencePack::writeReport() {
+    if (!m_request.writeReport)
+        return Outcome::Done;
+    EvidenceSummary summary;
+    summary.program = QStringLiteral("%1 %2").arg(QLatin1String(kApplicationName), QLatin1String(kApplicationVersion));
+    summary.created = QDateTime::currentDateTime();
+    summary.interval = m_interval;
+    summary.placeName = m_request.placeName;
+    summary.cardPath = QFileInfo(m_request.cardPath).absoluteFilePath();
+    summary.cameras << QStringLiteral("Front");
+    const Playlist::RawItems inInterval = exportpaths::itemsOverlapping(m_items, m_interval);
+    if (!itemsOfCamera(inInterval, 1).empty())
+        summary.cameras << QStringLiteral("Rear");
+    summary.marks = m_marks;
+    summary.track = m_track;
+    summary.speedUnit = m_request.speedUnit;
+    summary.mapPicture = m_request.mapPicture;
+    std::vector<std::pair<QString, QByteArray>> files = m_payload;
+    std::sort(files.begin(), files.end());
+    for (const auto& [path, hash] : files) {
+        const auto kind = path.startsWith(QLatin1String("data/originals/")) ? EvidenceSummary::FileKind::Original
+                          : path.startsWith(QLatin1String("data/clips/"))   ? EvidenceSummary::FileKind::Clip
+                                                                            : EvidenceSummary::FileKind::Derived;
+        summary.files.push_back({path, QFileInfo(QDir(m_request.folder).filePath(path)).size(), QString::fromLatin1(hash), kind});
+    }
+    const QString report = QStringLiteral("data/report.pdf");
+    QString error;
+    if (!m_request.writeReport(summary, QDir(m_request.folder).filePath(report), &error))
+        return fail(isDiskFull(m_request.folder) ? diskFullText() : tr("The report could not be written: %1").arg(error));
+    advance(kPictureUnits);
+    if (m_canceled)
+        return Outcome::Canceled;
+    return hashPayload(); // the report itself
+}
+
+EvidencePack::Outcome EvidencePack::hashPayload() {
     const QDir folder(m_request.folder);
     // Everything in data/ that was not hashed while copying: the clips, the tracks and what is derived.
     std::set<QString> hashed;
@@ -467,7 +562,10 @@ EvidencePack::Outcome EvidencePack::finishBag() {
             return fail(tr("Can't read %1: %2").arg(folder.filePath(path), QString::fromLocal8Bit(std::strerror(EIO))));
         m_payload.emplace_back(path, hash);
     }
+    return Outcome::Done;
+}
 
+EvidencePack::Outcome EvidencePack::finishBag() {
     const QDateTime now = QDateTime::currentDateTime();
     const QStorageInfo card(m_request.cardPath);
     const qint64 margin = std::max(0, m_request.marginSeconds);
@@ -485,13 +583,16 @@ EvidencePack::Outcome EvidencePack::finishBag() {
         {QStringLiteral("External-Description"),
          QStringLiteral("Recordings of %1 to %2 (local time). data/originals holds the card's files unchanged; "
                         "data/clips holds stream copies of the interval, not re-encoded; data/track holds the GPS "
-                        "track of the interval.")
+                        "track of the interval. Derived by this program, not original: data/overview.mp4 (re-encoded, "
+                        "with the time, speed and position burned in), data/frames and data/report.pdf.")
              .arg(localText(m_interval.from), localText(m_interval.to))},
     };
-    for (const QDateTime& mark : m_request.marks)
+    for (const QDateTime& mark : m_marks)
         info.emplace_back(QStringLiteral("Marked-Moment"), localText(mark) + QStringLiteral(" = ") + utcText(mark));
     for (const QString& source : m_trackSources)
         info.emplace_back(QStringLiteral("Track-Source"), source);
+    for (const QString& missing : m_missingFrames)
+        info.emplace_back(QStringLiteral("Frame-Not-Made"), missing);
 
     std::vector<bagit::Entry> payload;
     for (const auto& [path, hash] : m_payload)
