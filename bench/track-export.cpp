@@ -3,6 +3,7 @@
 //
 //   build/bench/bench-track-export [WORK_DIR]
 #include "core/TrackExtracter.h"
+#include "core/GpxWriter.h"
 #include "core/TrackFormatWriters.h"
 #include "core/TrackLoader.h"
 #include "logging/Logging.h"
@@ -129,9 +130,9 @@ int main(int argc, char** argv) {
                 "copy, which has no separate writer, the whole job). Wall time, CPU time in brackets.\n\n",
                 kTargetMs);
     std::printf("%-6s %8s %22s %22s %8s\n", "format", "size MB", "write ms", "job (read+write) ms", "target");
-    for (int type = TrackExtracter::Nmea; type <= TrackExtracter::Plt; ++type) {
+    for (int type = TrackExtracter::Nmea; type <= TrackExtracter::Gpx11; ++type) {
         const auto trackType = static_cast<TrackExtracter::TrackType>(type);
-        const QString extension = TrackExtracter::extension(trackType);
+        const QString extension = trackType == TrackExtracter::Gpx11 ? QStringLiteral("gpx11") : TrackExtracter::extension(trackType);
         const QString output = QDir(work).filePath("writer." + extension);
 
         // The writer alone, from positions in memory (the NMEA copy has no separate writer: it is the job).
@@ -145,6 +146,7 @@ int main(int argc, char** argv) {
             case TrackExtracter::Csv: trackformats::writeCsv(out, positions); break;
             case TrackExtracter::Gpx: trackformats::writeGpx(out, positions); break;
             case TrackExtracter::Plt: trackformats::writePlt(out, positions); break;
+            case TrackExtracter::Gpx11: trackformats::writeGpx11(out, positions, "bench"); break;
             case TrackExtracter::Nmea: break;
             }
             out.close();

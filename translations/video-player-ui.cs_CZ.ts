@@ -73,6 +73,196 @@
     </message>
 </context>
 <context>
+    <name>EvidencePack</name>
+    <message>
+        <source>No folder was given for the evidence pack.</source>
+        <translation>Nebyla zadána složka pro balíček důkazů.</translation>
+    </message>
+    <message>
+        <source>%1 already exists: an evidence pack always goes into a new folder.</source>
+        <translation>%1 již existuje: balíček důkazů se vždy ukládá do nové složky.</translation>
+    </message>
+    <message>
+        <source>The folder %1 does not exist.</source>
+        <translation>Složka %1 neexistuje.</translation>
+    </message>
+    <message>
+        <source>%1 is on the card being read: choose a folder elsewhere.</source>
+        <translation>%1 je na čtené kartě: zvolte složku jinde.</translation>
+    </message>
+    <message>
+        <source>The interval of the evidence pack is empty.</source>
+        <translation>Interval balíčku důkazů je prázdný.</translation>
+    </message>
+    <message>
+        <source>The folder %1 can&apos;t be made.</source>
+        <translation>Složku %1 nelze vytvořit.</translation>
+    </message>
+    <message>
+        <source>The evidence pack failed: %1</source>
+        <translation>Vytvoření balíčku důkazů selhalo: %1</translation>
+    </message>
+    <message>
+        <source>The disk is full: the evidence pack does not fit into %1.</source>
+        <translation>Disk je plný: balíček důkazů se nevejde do %1.</translation>
+    </message>
+    <message>
+        <source>Nothing was recorded between %1 and %2.</source>
+        <translation>Mezi %1 a %2 nebylo nic nahráno.</translation>
+    </message>
+    <message>
+        <source>The disk is full: the evidence pack needs at least %1 MB in %2, and %3 MB are free.</source>
+        <translation>Disk je plný: balíček důkazů potřebuje alespoň %1 MB v %2, volných je %3 MB.</translation>
+    </message>
+    <message>
+        <source>Can&apos;t read %1: %2</source>
+        <translation>Nelze číst %1: %2</translation>
+    </message>
+    <message>
+        <source>Can&apos;t write %1: %2</source>
+        <translation>Nelze zapsat %1: %2</translation>
+    </message>
+    <message>
+        <source>The copy %1 differs from its original %2.</source>
+        <translation>Kopie %1 se liší od originálu %2.</translation>
+    </message>
+    <message>
+        <source>The track could not be written as %1.</source>
+        <translation>Trasu se nepodařilo zapsat jako %1.</translation>
+    </message>
+    <message>
+        <source>The front camera&apos;s clip could not be cut.</source>
+        <translation>Úsek přední kamery se nepodařilo vyříznout.</translation>
+    </message>
+    <message>
+        <source>The rear camera&apos;s clip could not be cut.</source>
+        <translation>Úsek zadní kamery se nepodařilo vyříznout.</translation>
+    </message>
+    <message>
+        <source>The overview video could not be made.</source>
+        <translation>Přehledové video se nepodařilo vytvořit.</translation>
+    </message>
+    <message>
+        <source>The report could not be written: %1</source>
+        <translation>Zprávu se nepodařilo zapsat: %1</translation>
+    </message>
+</context>
+<context>
+    <name>EvidenceReport</name>
+    <message>
+        <source>Incident evidence</source>
+        <translation>Důkazy o události</translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation>Datum</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Čas</translation>
+    </message>
+    <message>
+        <source>Place</source>
+        <translation>Místo</translation>
+    </message>
+    <message>
+        <source>not given</source>
+        <translation>neuvedeno</translation>
+    </message>
+    <message>
+        <source>Interval</source>
+        <translation>Interval</translation>
+    </message>
+    <message>
+        <source>Interval (UTC)</source>
+        <translation>Interval (UTC)</translation>
+    </message>
+    <message>
+        <source>Cameras</source>
+        <translation>Kamery</translation>
+    </message>
+    <message>
+        <source>Marked moments</source>
+        <translation>Označené okamžiky</translation>
+    </message>
+    <message>
+        <source>none</source>
+        <translation>žádné</translation>
+    </message>
+    <message>
+        <source>Made by %1 on %2 from %3.</source>
+        <translation>Vytvořeno programem %1 %2 z %3.</translation>
+    </message>
+    <message>
+        <source>GPS speed is indicative, not a calibrated measurement. The overview video and the pictures are derived from the recordings by this program; the files under &quot;originals&quot; are byte-identical copies of the card&apos;s files, and the clips are cut from them without re-encoding.</source>
+        <translation>Rychlost z GPS je orientační, nejde o kalibrované měření. Přehledové video a snímky vytvořil z nahrávek tento program; soubory ve složce &quot;originals&quot; jsou bajtově shodné kopie souborů z karty a klipy jsou z nich vystřiženy bez překódování.</translation>
+    </message>
+    <message>
+        <source>Map</source>
+        <translation>Mapa</translation>
+    </message>
+    <message>
+        <source>Speed, %1</source>
+        <translation>Rychlost, %1</translation>
+    </message>
+    <message>
+        <source>No GPS track for this interval.</source>
+        <translation>Pro tento interval není žádná trasa GPS.</translation>
+    </message>
+    <message>
+        <source>Track around the marked moments</source>
+        <translation>Trasa kolem označených okamžiků</translation>
+    </message>
+    <message>
+        <source>No moments were marked.</source>
+        <translation>Nebyly označeny žádné okamžiky.</translation>
+    </message>
+    <message>
+        <source>Moment %1: %2</source>
+        <translation>Okamžik %1: %2</translation>
+    </message>
+    <message>
+        <source>no GPS fix</source>
+        <translation>bez GPS</translation>
+    </message>
+    <message>
+        <source>Files</source>
+        <translation>Soubory</translation>
+    </message>
+    <message>
+        <source>SHA-256 checksums let anyone check that a file is unchanged (e.g. with sha256sum).</source>
+        <translation>Kontrolní součty SHA-256 umožňují komukoli ověřit, že soubor nebyl změněn (např. programem sha256sum).</translation>
+    </message>
+    <message>
+        <source>original: byte-identical copy</source>
+        <translation>originál: bajtově shodná kopie</translation>
+    </message>
+    <message>
+        <source>clip: the camera&apos;s pictures, cut without re-encoding</source>
+        <translation>klip: obraz kamery vystřižený bez překódování</translation>
+    </message>
+    <message>
+        <source>derived: made by this program, not original</source>
+        <translation>odvozený: vytvořený tímto programem, není originál</translation>
+    </message>
+    <message>
+        <source>%1 bytes, %2</source>
+        <translation>%1 bajtů, %2</translation>
+    </message>
+    <message>
+        <source>Latitude</source>
+        <translation>Šířka</translation>
+    </message>
+    <message>
+        <source>Longitude</source>
+        <translation>Délka</translation>
+    </message>
+    <message>
+        <source>Heading</source>
+        <translation>Kurz</translation>
+    </message>
+</context>
+<context>
     <name>ExportController</name>
     <message>
         <source>Save video</source>
@@ -177,6 +367,38 @@ Chcete jej nahradit?</translation>
     <message>
         <source>Failed to encode.</source>
         <translation>Kódování se nezdařilo.</translation>
+    </message>
+    <message>
+        <source>Save evidence</source>
+        <translation>Uložit důkazy</translation>
+    </message>
+    <message>
+        <source>Mark moment</source>
+        <translation>Označit okamžik</translation>
+    </message>
+    <message>
+        <source>Moment marked: %1</source>
+        <translation>Okamžik označen: %1</translation>
+    </message>
+    <message>
+        <source>Save evidence to</source>
+        <translation>Uložit důkazy do</translation>
+    </message>
+    <message>
+        <source>Saving evidence</source>
+        <translation>Ukládání důkazů</translation>
+    </message>
+    <message>
+        <source>The evidence pack is in %1</source>
+        <translation>Balíček důkazů je v %1</translation>
+    </message>
+    <message>
+        <source>The evidence pack was not made.
+
+%1</source>
+        <translation>Balíček důkazů nebyl vytvořen.
+
+%1</translation>
     </message>
 </context>
 <context>
@@ -457,6 +679,13 @@ Chcete jej nahradit?</translation>
     <message>
         <source>Choose directory to open</source>
         <translation>Vybrat složku…</translation>
+    </message>
+</context>
+<context>
+    <name>OverviewVideo</name>
+    <message>
+        <source>no GPS fix</source>
+        <translation>bez GPS</translation>
     </message>
 </context>
 <context>

@@ -73,6 +73,196 @@
     </message>
 </context>
 <context>
+    <name>EvidencePack</name>
+    <message>
+        <source>No folder was given for the evidence pack.</source>
+        <translation>Nie podano folderu dla pakietu dowodowego.</translation>
+    </message>
+    <message>
+        <source>%1 already exists: an evidence pack always goes into a new folder.</source>
+        <translation>%1 już istnieje: pakiet dowodowy zawsze trafia do nowego folderu.</translation>
+    </message>
+    <message>
+        <source>The folder %1 does not exist.</source>
+        <translation>Folder %1 nie istnieje.</translation>
+    </message>
+    <message>
+        <source>%1 is on the card being read: choose a folder elsewhere.</source>
+        <translation>%1 znajduje się na odczytywanej karcie: wybierz folder w innym miejscu.</translation>
+    </message>
+    <message>
+        <source>The interval of the evidence pack is empty.</source>
+        <translation>Przedział pakietu dowodowego jest pusty.</translation>
+    </message>
+    <message>
+        <source>The folder %1 can&apos;t be made.</source>
+        <translation>Nie można utworzyć folderu %1.</translation>
+    </message>
+    <message>
+        <source>The evidence pack failed: %1</source>
+        <translation>Tworzenie pakietu dowodowego nie powiodło się: %1</translation>
+    </message>
+    <message>
+        <source>The disk is full: the evidence pack does not fit into %1.</source>
+        <translation>Dysk jest pełny: pakiet dowodowy nie mieści się w %1.</translation>
+    </message>
+    <message>
+        <source>Nothing was recorded between %1 and %2.</source>
+        <translation>Między %1 a %2 nic nie nagrano.</translation>
+    </message>
+    <message>
+        <source>The disk is full: the evidence pack needs at least %1 MB in %2, and %3 MB are free.</source>
+        <translation>Dysk jest pełny: pakiet dowodowy potrzebuje co najmniej %1 MB w %2, a wolne jest %3 MB.</translation>
+    </message>
+    <message>
+        <source>Can&apos;t read %1: %2</source>
+        <translation>Nie można odczytać %1: %2</translation>
+    </message>
+    <message>
+        <source>Can&apos;t write %1: %2</source>
+        <translation>Nie można zapisać %1: %2</translation>
+    </message>
+    <message>
+        <source>The copy %1 differs from its original %2.</source>
+        <translation>Kopia %1 różni się od oryginału %2.</translation>
+    </message>
+    <message>
+        <source>The track could not be written as %1.</source>
+        <translation>Nie udało się zapisać trasy jako %1.</translation>
+    </message>
+    <message>
+        <source>The front camera&apos;s clip could not be cut.</source>
+        <translation>Nie udało się wyciąć fragmentu z przedniej kamery.</translation>
+    </message>
+    <message>
+        <source>The rear camera&apos;s clip could not be cut.</source>
+        <translation>Nie udało się wyciąć fragmentu z tylnej kamery.</translation>
+    </message>
+    <message>
+        <source>The overview video could not be made.</source>
+        <translation>Nie udało się utworzyć filmu przeglądowego.</translation>
+    </message>
+    <message>
+        <source>The report could not be written: %1</source>
+        <translation>Nie udało się zapisać raportu: %1</translation>
+    </message>
+</context>
+<context>
+    <name>EvidenceReport</name>
+    <message>
+        <source>Incident evidence</source>
+        <translation>Dowody zdarzenia</translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation>Data</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Czas</translation>
+    </message>
+    <message>
+        <source>Place</source>
+        <translation>Miejsce</translation>
+    </message>
+    <message>
+        <source>not given</source>
+        <translation>nie podano</translation>
+    </message>
+    <message>
+        <source>Interval</source>
+        <translation>Przedział</translation>
+    </message>
+    <message>
+        <source>Interval (UTC)</source>
+        <translation>Przedział (UTC)</translation>
+    </message>
+    <message>
+        <source>Cameras</source>
+        <translation>Kamery</translation>
+    </message>
+    <message>
+        <source>Marked moments</source>
+        <translation>Zaznaczone chwile</translation>
+    </message>
+    <message>
+        <source>none</source>
+        <translation>brak</translation>
+    </message>
+    <message>
+        <source>Made by %1 on %2 from %3.</source>
+        <translation>Utworzono programem %1 %2 z %3.</translation>
+    </message>
+    <message>
+        <source>GPS speed is indicative, not a calibrated measurement. The overview video and the pictures are derived from the recordings by this program; the files under &quot;originals&quot; are byte-identical copies of the card&apos;s files, and the clips are cut from them without re-encoding.</source>
+        <translation>Prędkość z GPS jest orientacyjna, nie jest to pomiar wzorcowany. Film przeglądowy i zdjęcia zostały utworzone z nagrań przez ten program; pliki w folderze &quot;originals&quot; są identycznymi bajt po bajcie kopiami plików z karty, a fragmenty wycięto z nich bez ponownego kodowania.</translation>
+    </message>
+    <message>
+        <source>Map</source>
+        <translation>Mapa</translation>
+    </message>
+    <message>
+        <source>Speed, %1</source>
+        <translation>Prędkość, %1</translation>
+    </message>
+    <message>
+        <source>No GPS track for this interval.</source>
+        <translation>Brak śladu GPS dla tego przedziału.</translation>
+    </message>
+    <message>
+        <source>Track around the marked moments</source>
+        <translation>Ślad wokół zaznaczonych chwil</translation>
+    </message>
+    <message>
+        <source>No moments were marked.</source>
+        <translation>Nie zaznaczono żadnych chwil.</translation>
+    </message>
+    <message>
+        <source>Moment %1: %2</source>
+        <translation>Chwila %1: %2</translation>
+    </message>
+    <message>
+        <source>no GPS fix</source>
+        <translation>brak GPS</translation>
+    </message>
+    <message>
+        <source>Files</source>
+        <translation>Pliki</translation>
+    </message>
+    <message>
+        <source>SHA-256 checksums let anyone check that a file is unchanged (e.g. with sha256sum).</source>
+        <translation>Sumy kontrolne SHA-256 pozwalają każdemu sprawdzić, że plik nie został zmieniony (np. programem sha256sum).</translation>
+    </message>
+    <message>
+        <source>original: byte-identical copy</source>
+        <translation>oryginał: kopia identyczna bajt po bajcie</translation>
+    </message>
+    <message>
+        <source>clip: the camera&apos;s pictures, cut without re-encoding</source>
+        <translation>fragment: obraz kamery wycięty bez ponownego kodowania</translation>
+    </message>
+    <message>
+        <source>derived: made by this program, not original</source>
+        <translation>pochodny: utworzony przez ten program, nie oryginał</translation>
+    </message>
+    <message>
+        <source>%1 bytes, %2</source>
+        <translation>%1 bajtów, %2</translation>
+    </message>
+    <message>
+        <source>Latitude</source>
+        <translation>Szerokość</translation>
+    </message>
+    <message>
+        <source>Longitude</source>
+        <translation>Długość</translation>
+    </message>
+    <message>
+        <source>Heading</source>
+        <translation>Kurs</translation>
+    </message>
+</context>
+<context>
     <name>ExportController</name>
     <message>
         <source>Save video</source>
@@ -177,6 +367,38 @@ Czy chcesz go zastąpić?</translation>
     <message>
         <source>Failed to encode.</source>
         <translation>Nie udało się zakodować.</translation>
+    </message>
+    <message>
+        <source>Save evidence</source>
+        <translation>Zapisz dowody</translation>
+    </message>
+    <message>
+        <source>Mark moment</source>
+        <translation>Zaznacz chwilę</translation>
+    </message>
+    <message>
+        <source>Moment marked: %1</source>
+        <translation>Zaznaczono chwilę: %1</translation>
+    </message>
+    <message>
+        <source>Save evidence to</source>
+        <translation>Zapisz dowody w</translation>
+    </message>
+    <message>
+        <source>Saving evidence</source>
+        <translation>Zapisywanie dowodów</translation>
+    </message>
+    <message>
+        <source>The evidence pack is in %1</source>
+        <translation>Pakiet dowodowy znajduje się w %1</translation>
+    </message>
+    <message>
+        <source>The evidence pack was not made.
+
+%1</source>
+        <translation>Pakiet dowodowy nie został utworzony.
+
+%1</translation>
     </message>
 </context>
 <context>
@@ -457,6 +679,13 @@ Czy chcesz go zastąpić?</translation>
     <message>
         <source>Choose directory to open</source>
         <translation>Wybierz folder…</translation>
+    </message>
+</context>
+<context>
+    <name>OverviewVideo</name>
+    <message>
+        <source>no GPS fix</source>
+        <translation>brak GPS</translation>
     </message>
 </context>
 <context>

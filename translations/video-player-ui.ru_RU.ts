@@ -73,6 +73,196 @@
     </message>
 </context>
 <context>
+    <name>EvidencePack</name>
+    <message>
+        <source>No folder was given for the evidence pack.</source>
+        <translation>Не указана папка для пакета доказательств.</translation>
+    </message>
+    <message>
+        <source>%1 already exists: an evidence pack always goes into a new folder.</source>
+        <translation>%1 уже существует: пакет доказательств всегда создаётся в новой папке.</translation>
+    </message>
+    <message>
+        <source>The folder %1 does not exist.</source>
+        <translation>Папка %1 не существует.</translation>
+    </message>
+    <message>
+        <source>%1 is on the card being read: choose a folder elsewhere.</source>
+        <translation>%1 находится на читаемой карте: выберите папку в другом месте.</translation>
+    </message>
+    <message>
+        <source>The interval of the evidence pack is empty.</source>
+        <translation>Интервал пакета доказательств пуст.</translation>
+    </message>
+    <message>
+        <source>The folder %1 can&apos;t be made.</source>
+        <translation>Не удаётся создать папку %1.</translation>
+    </message>
+    <message>
+        <source>The evidence pack failed: %1</source>
+        <translation>Не удалось создать пакет доказательств: %1</translation>
+    </message>
+    <message>
+        <source>The disk is full: the evidence pack does not fit into %1.</source>
+        <translation>Диск заполнен: пакет доказательств не помещается в %1.</translation>
+    </message>
+    <message>
+        <source>Nothing was recorded between %1 and %2.</source>
+        <translation>Между %1 и %2 ничего не записано.</translation>
+    </message>
+    <message>
+        <source>The disk is full: the evidence pack needs at least %1 MB in %2, and %3 MB are free.</source>
+        <translation>Диск заполнен: пакету доказательств нужно не менее %1 МБ в %2, а свободно %3 МБ.</translation>
+    </message>
+    <message>
+        <source>Can&apos;t read %1: %2</source>
+        <translation>Не удаётся прочитать %1: %2</translation>
+    </message>
+    <message>
+        <source>Can&apos;t write %1: %2</source>
+        <translation>Не удаётся записать %1: %2</translation>
+    </message>
+    <message>
+        <source>The copy %1 differs from its original %2.</source>
+        <translation>Копия %1 отличается от оригинала %2.</translation>
+    </message>
+    <message>
+        <source>The track could not be written as %1.</source>
+        <translation>Не удалось записать трек как %1.</translation>
+    </message>
+    <message>
+        <source>The front camera&apos;s clip could not be cut.</source>
+        <translation>Не удалось вырезать фрагмент передней камеры.</translation>
+    </message>
+    <message>
+        <source>The rear camera&apos;s clip could not be cut.</source>
+        <translation>Не удалось вырезать фрагмент задней камеры.</translation>
+    </message>
+    <message>
+        <source>The overview video could not be made.</source>
+        <translation>Не удалось создать обзорное видео.</translation>
+    </message>
+    <message>
+        <source>The report could not be written: %1</source>
+        <translation>Не удалось записать отчёт: %1</translation>
+    </message>
+</context>
+<context>
+    <name>EvidenceReport</name>
+    <message>
+        <source>Incident evidence</source>
+        <translation>Доказательства происшествия</translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation>Дата</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Время</translation>
+    </message>
+    <message>
+        <source>Place</source>
+        <translation>Место</translation>
+    </message>
+    <message>
+        <source>not given</source>
+        <translation>не указано</translation>
+    </message>
+    <message>
+        <source>Interval</source>
+        <translation>Интервал</translation>
+    </message>
+    <message>
+        <source>Interval (UTC)</source>
+        <translation>Интервал (UTC)</translation>
+    </message>
+    <message>
+        <source>Cameras</source>
+        <translation>Камеры</translation>
+    </message>
+    <message>
+        <source>Marked moments</source>
+        <translation>Отмеченные моменты</translation>
+    </message>
+    <message>
+        <source>none</source>
+        <translation>нет</translation>
+    </message>
+    <message>
+        <source>Made by %1 on %2 from %3.</source>
+        <translation>Создано программой %1 %2 из %3.</translation>
+    </message>
+    <message>
+        <source>GPS speed is indicative, not a calibrated measurement. The overview video and the pictures are derived from the recordings by this program; the files under &quot;originals&quot; are byte-identical copies of the card&apos;s files, and the clips are cut from them without re-encoding.</source>
+        <translation>Скорость по GPS ориентировочная, это не поверенное измерение. Обзорное видео и снимки получены из записей этой программой; файлы в папке &quot;originals&quot; — побайтно идентичные копии файлов карты, а фрагменты вырезаны из них без перекодирования.</translation>
+    </message>
+    <message>
+        <source>Map</source>
+        <translation>Карта</translation>
+    </message>
+    <message>
+        <source>Speed, %1</source>
+        <translation>Скорость, %1</translation>
+    </message>
+    <message>
+        <source>No GPS track for this interval.</source>
+        <translation>Для этого интервала нет трека GPS.</translation>
+    </message>
+    <message>
+        <source>Track around the marked moments</source>
+        <translation>Трек вокруг отмеченных моментов</translation>
+    </message>
+    <message>
+        <source>No moments were marked.</source>
+        <translation>Моменты не отмечены.</translation>
+    </message>
+    <message>
+        <source>Moment %1: %2</source>
+        <translation>Момент %1: %2</translation>
+    </message>
+    <message>
+        <source>no GPS fix</source>
+        <translation>нет GPS</translation>
+    </message>
+    <message>
+        <source>Files</source>
+        <translation>Файлы</translation>
+    </message>
+    <message>
+        <source>SHA-256 checksums let anyone check that a file is unchanged (e.g. with sha256sum).</source>
+        <translation>Контрольные суммы SHA-256 позволяют любому проверить, что файл не изменён (например, программой sha256sum).</translation>
+    </message>
+    <message>
+        <source>original: byte-identical copy</source>
+        <translation>оригинал: побайтно идентичная копия</translation>
+    </message>
+    <message>
+        <source>clip: the camera&apos;s pictures, cut without re-encoding</source>
+        <translation>фрагмент: изображение камеры, вырезанное без перекодирования</translation>
+    </message>
+    <message>
+        <source>derived: made by this program, not original</source>
+        <translation>производный: создан этой программой, не оригинал</translation>
+    </message>
+    <message>
+        <source>%1 bytes, %2</source>
+        <translation>%1 байт, %2</translation>
+    </message>
+    <message>
+        <source>Latitude</source>
+        <translation>Широта</translation>
+    </message>
+    <message>
+        <source>Longitude</source>
+        <translation>Долгота</translation>
+    </message>
+    <message>
+        <source>Heading</source>
+        <translation>Курс</translation>
+    </message>
+</context>
+<context>
     <name>ExportController</name>
     <message>
         <source>Save video</source>
@@ -177,6 +367,38 @@ Do you want to replace it?</source>
     <message>
         <source>Failed to encode.</source>
         <translation>Не удалось закодировать.</translation>
+    </message>
+    <message>
+        <source>Save evidence</source>
+        <translation>Сохранить доказательства</translation>
+    </message>
+    <message>
+        <source>Mark moment</source>
+        <translation>Отметить момент</translation>
+    </message>
+    <message>
+        <source>Moment marked: %1</source>
+        <translation>Момент отмечен: %1</translation>
+    </message>
+    <message>
+        <source>Save evidence to</source>
+        <translation>Сохранить доказательства в</translation>
+    </message>
+    <message>
+        <source>Saving evidence</source>
+        <translation>Сохранение доказательств</translation>
+    </message>
+    <message>
+        <source>The evidence pack is in %1</source>
+        <translation>Пакет доказательств находится в %1</translation>
+    </message>
+    <message>
+        <source>The evidence pack was not made.
+
+%1</source>
+        <translation>Пакет доказательств не создан.
+
+%1</translation>
     </message>
 </context>
 <context>
@@ -457,6 +679,13 @@ Do you want to replace it?</source>
     <message>
         <source>Choose directory to open</source>
         <translation>Выбрать папку…</translation>
+    </message>
+</context>
+<context>
+    <name>OverviewVideo</name>
+    <message>
+        <source>no GPS fix</source>
+        <translation>нет GPS</translation>
     </message>
 </context>
 <context>

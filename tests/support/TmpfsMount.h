@@ -37,10 +37,13 @@ private:
 };
 
 // Mounted on construction, unmounted when it goes out of scope. Its source name is the device identifier
-// that QStorageInfo::device() and the notifiers report, so give each mount of a test its own.
+// that QStorageInfo::device() and the notifiers report, so give each mount of a test its own. `size` is tmpfs's
+// size option ("1m", "5m").
 class TmpfsMount {
 public:
-    explicit TmpfsMount(QByteArray source) : m_source(std::move(source)) { mount(); }
+    explicit TmpfsMount(QByteArray source, QByteArray size = "1m") : m_source(std::move(source)), m_size(std::move(size)) {
+        mount();
+    }
     ~TmpfsMount() { unmount(); }
     TmpfsMount(const TmpfsMount&) = delete;
     TmpfsMount& operator=(const TmpfsMount&) = delete;
@@ -64,7 +67,7 @@ public:
     bool mount() {
         if (m_mounted)
             return true;
-        if (::mount(m_source.constData(), QFile::encodeName(path()).constData(), "tmpfs", 0, "size=1m") != 0) {
+        if (::mount(m_source.constData(), QFile::encodeName(path()).constData(), "tmpfs", 0, ("size=" + m_size).constData()) != 0) {
             m_error = QString::fromLocal8Bit(std::strerror(errno));
             return false;
         }
@@ -79,6 +82,7 @@ public:
 
 private:
     QByteArray m_source;
+    QByteArray m_size;
     QTemporaryDir m_dir;
     bool m_mounted = false;
     QString m_error;

@@ -3,6 +3,7 @@
 #include "ui/MainWindow.h"
 
 #include "core/Startup.h"
+#include "core/evidence/Bag.h"
 #include "support/BoxAnswerer.h"
 #include "support/GeneratedMedia.h"
 #include "support/RecordingFixtures.h"
@@ -389,6 +390,36 @@ TEST_F(MainWindowTest, cut_mode_and_cycle_play_share_the_interval_selector_and_a
     window->onToEndButtonClicked(); // the next trip
     ASSERT_TRUE(waitUntil([&] { return window->playbackController() && window->playbackController()->from().time() == QTime(9, 10); }));
     EXPECT_FALSE(selector->isActive());
+    EXPECT_FALSE(child<QWidget>(*window, "cutButtonContainer")->isVisible());
+}
+
+// The evidence pack of an interval chosen on the plots, with a moment marked by its key while playing.
+TEST_F(MainWindowTest, save_evidence_chooses_the_interval_like_a_cut_and_packs_the_marked_moment) {
+    auto window = openWindow();
+    loadCard(*window);
+    testsupport::BoxAnswerer answerer(QStringLiteral("OK"));
+    ASSERT_TRUE(waitUntil([&] { return window->playbackController()->currentTime().isValid(); }));
+    QApplication::setActiveWindow(window.get()); // shortcuts reach the active window only
+    QTest::keyClick(window.get(), Qt::Key_M);
+    EXPECT_EQ(log.linesContaining("INFO ui.MainWindow - Marked the moment 2024-06-14T09:0").size(), 1u);
+
+    child<QToolButton>(*window, "evidenceButton")->click();
+    ASSERT_TRUE(child<QWidget>(*window, "cutButtonContainer")->isVisible()) << "no interval to choose";
+    // The first minute of the trip, which holds the moment marked just after it started.
+    window->intervalSelector()->setInterval(QDateTime(QDate(2024, 6, 14), QTime(9, 0, 0)),
+                                            QDateTime(QDate(2024, 6, 14), QTime(9, 1, 0)));
+    nextDirectory = out.path();
+    child<QToolButton>(*window, "confirmCutButton")->click();
+    ASSERT_TRUE(waitUntil([&] { return !answerer.texts.empty(); }, 60000));
+    const QString folder = out.filePath("evidence-20240614T090000-20240614T090100");
+    EXPECT_EQ(answerer.texts.back(), "The evidence pack is in " + folder.toStdString());
+    EXPECT_TRUE(bagit::verify(folder).empty());
+    for (const char* made : {"data/overview.mp4", "data/report.pdf", "data/frames/2024-06-14_09-00-00.000_front.jpg"})
+        EXPECT_TRUE(QFileInfo::exists(folder + "/" + made)) << made;
+    QFile info(folder + "/bag-info.txt");
+    ASSERT_TRUE(info.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(info.readAll().contains("Marked-Moment: 2024-06-14T09:0"));
+    EXPECT_TRUE(window->isEnabled());
     EXPECT_FALSE(child<QWidget>(*window, "cutButtonContainer")->isVisible());
 }
 

@@ -6,9 +6,12 @@
 #include "logging/Logging.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
+#include <memory>
 
 namespace {
 
@@ -73,7 +76,14 @@ int main(int argc, char** argv) {
     logging::setLineWriter(&writeLogToStderr);
     qInstallMessageHandler(qtMessageHandler);
     keepFileNamesAsGiven();
-    QCoreApplication app(argc, argv);
+    // The evidence pack draws its report with Qt Gui's fonts: that command gets a Gui application, on the
+    // offscreen platform unless told otherwise, as nothing is shown.
+    const bool drawing = std::any_of(argv + 1, argv + argc, [](const char* a) { return std::strcmp(a, "evidence") == 0; });
+    if (drawing && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const std::unique_ptr<QCoreApplication> application =
+        drawing ? std::make_unique<QGuiApplication>(argc, argv) : std::make_unique<QCoreApplication>(argc, argv);
+    QCoreApplication& app = *application;
     QCoreApplication::setOrganizationName(kOrganizationName);
     QCoreApplication::setApplicationName(kApplicationName);
     QCoreApplication::setApplicationVersion(kApplicationVersion);

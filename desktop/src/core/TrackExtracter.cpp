@@ -1,8 +1,10 @@
-// Writes the GPS track of a time interval to a file: an NMEA copy, KML, GPX 1.0, CSV or OziExplorer PLT.
+// Writes the GPS track of a time interval to a file: an NMEA copy, KML, GPX 1.0, CSV, OziExplorer PLT or GPX 1.1.
 #include "core/TrackExtracter.h"
 
 #include "core/ExtracterNmeaSentenceHandler.h"
+#include "core/GpxWriter.h"
 #include "core/NmeaStreamAdapter.h"
+#include "core/Startup.h"
 #include "core/TrackFormatWriters.h"
 #include "core/TrackLoader.h"
 #include "logging/Logging.h"
@@ -28,7 +30,7 @@ constexpr int kLoadingPercent = 90;
 // 1 MiB: a 24-hour KML is some 40 MB; larger writes spare most of the stream's system calls.
 constexpr std::size_t kWriteBufferSize = 1 << 20;
 
-const char* const kExtensions[] = {"nmea", "kml", "csv", "gpx", "plt"};
+const char* const kExtensions[] = {"nmea", "kml", "csv", "gpx", "plt", "gpx"};
 
 // The sentence copier writes through the parser library's stream interface.
 class StdOutputStream : public os::COutputStream {
@@ -75,10 +77,12 @@ TrackExtracter::TrackExtracter(Playlist::RawItems items, QString outputPath, Tra
 }
 
 QString TrackExtracter::extension(TrackType type) {
-    return type >= Nmea && type <= Plt ? QString::fromLatin1(kExtensions[type]) : QString();
+    return type >= Nmea && type <= Gpx11 ? QString::fromLatin1(kExtensions[type]) : QString();
 }
 
 std::optional<TrackExtracter::TrackType> TrackExtracter::typeFromName(const QString& name) {
+    if (name.compare(QLatin1String("gpx11"), Qt::CaseInsensitive) == 0)
+        return Gpx11;
     for (int type = Nmea; type <= Plt; ++type)
         if (name.compare(QLatin1String(kExtensions[type]), Qt::CaseInsensitive) == 0)
             return static_cast<TrackType>(type);
@@ -244,6 +248,10 @@ TrackExtracter::Outcome TrackExtracter::writePositions(const QString& path) {
         break;
     case Plt:
         trackformats::writePlt(file.stream(), positions);
+        break;
+    case Gpx11:
+        trackformats::writeGpx11(file.stream(), positions,
+                                 std::string(kApplicationName) + " " + kApplicationVersion);
         break;
     case Nmea:
         break;

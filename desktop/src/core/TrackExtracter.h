@@ -1,4 +1,4 @@
-// Writes the GPS track of a time interval to a file: an NMEA copy, KML, GPX 1.0, CSV or OziExplorer PLT.
+// Writes the GPS track of a time interval to a file: an NMEA copy, KML, GPX 1.0, CSV, OziExplorer PLT or GPX 1.1.
 #pragma once
 
 #include "core/BaseEncoder.h"
@@ -25,15 +25,16 @@
 class TrackExtracter : public BaseEncoder {
     Q_OBJECT
 public:
-    // The values are the main window's format indexes; Nmea (0) is also what saving a video passes.
-    enum TrackType { Nmea = 0, Kml = 1, Csv = 2, Gpx = 3, Plt = 4 };
+    // The values are the main window's format indexes; Nmea (0) is also what saving a video passes. Gpx is
+    // the program's GPX 1.0 of old; Gpx11 the standard GPX 1.1 (same extension, named "gpx11").
+    enum TrackType { Nmea = 0, Kml = 1, Csv = 2, Gpx = 3, Plt = 4, Gpx11 = 5 };
     Q_ENUM(TrackType)
 
     TrackExtracter(Playlist::RawItems items, QString outputPath, TrackType type, TimeInterval interval);
 
-    // "nmea", "kml", "csv", "gpx", "plt": the file extension of a type, which is also its name.
+    // "nmea", "kml", "csv", "gpx", "plt", "gpx": the file extension of a type.
     static QString extension(TrackType type);
-    // The type of a name as extension() gives it, compared without case.
+    // The type of a name, compared without case: the extension, or "gpx11" for GPX 1.1.
     static std::optional<TrackType> typeFromName(const QString& name);
 
     TrackType trackType() const { return m_type; }

@@ -10,18 +10,24 @@
 #include "core/encoding/CutEncoder.h"
 #include "core/encoding/CutNaming.h"
 #include "core/encoding/Remuxer.h"
+#include "core/evidence/EvidencePack.h"
 #include "logging/Logging.h"
 #include "ui/EncodingSettingsDialog.h"
+#include "ui/EvidenceDrawing.h"
+#include "ui/Icons.h"
 #include "ui/PlaybackController.h"
 #include "ui/PlaybackSession.h"
 #include "ui/PlotIntervalSelector.h"
 #include "ui/PlotPanel.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QMenu>
 #include <QMessageBox>
 #include <QSet>
 #include <QStandardPaths>
+#include <QToolButton>
+#include <QToolTip>
 
 #include <algorithm>
 #include <memory>
@@ -36,6 +42,17 @@ constexpr int kVideoWeight = 19;
 
 bool hasRearCamera(const Playlist::RawItems& items) {
     return std::any_of(items.begin(), items.end(), [](const Playlist::RawItemPtr& item) { return item->rearVideo.has_value(); });
+}
+
+// "evidence-20240614T090130-20240614T090330", with "-2", "-3"... when a folder of that name is there already.
+QString evidenceFolder(const QString& directory, const TimeInterval& interval) {
+    const QString format = QStringLiteral("yyyyMMddTHHmmss");
+    const QString name =
+        QStringLiteral("evidence-%1-%2").arg(interval.from.toString(format), interval.to.toString(format));
+    QString folder = QDir(directory).filePath(name);
+    for (int n = 2; QFileInfo::exists(folder); ++n)
+        folder = QDir(directory).filePath(QStringLiteral("%1-%2").arg(name).arg(n));
+    return folder;
 }
 
 bool hasTrack(const Playlist::RawItems& items) {
@@ -70,7 +87,8 @@ template <class Job> std::shared_ptr<JobOutcome> watchOutcome(Job* job) {
 ExportController::ExportController(Ui::MainWindow& ui, PlaybackSession* session, PlotPanel* plots, JobRunner* jobs,
                                    const FileChoosers& choosers, QWidget* window)
     : QObject(window), m_ui(ui), m_session(session), m_plots(plots), m_jobs(jobs), m_choosers(choosers),
-      m_window(window), m_saveMenu(new QMenu(window)) {
+      m_window(window), m_saveMenu(new QMenu(window)), m_evidenceButton(new QToolButton(window)),
+      m_evidenceAction(new QAction(window)), m_markAction(new QAction(window)) {
     // The save button offers the item's original files and its track in every format.
     m_saveMenu->setObjectName(QStringLiteral("saveMenu"));
     QAction* saveVideo = m_saveMenu->addAction(QString());
@@ -82,8 +100,10 @@ ExportController::ExportController(Ui::MainWindow& ui, PlaybackSession* session,
     QMenu* trackMenu = m_saveMenu->addMenu(QString());
     trackMenu->setObjectName(QStringLiteral("saveTrackMenu"));
     for (int format : {TrackExtracter::Nmea, TrackExtracter::Kml, TrackExtracter::Csv, TrackExtracter::Gpx,
-                       TrackExtracter::Plt}) {
-        QAction* action = trackMenu->addAction(TrackExtracter::extension(TrackExtracter::TrackType(format)).toUpper());
+                       TrackExtracter::Plt, TrackExtracter::Gpx11}) {
+        QAction* action = trackMenu->addAction(format == TrackExtracter::Gpx11
+                                                   ? QStringLiteral("GPX 1.1")
+                                                   : TrackExtracter::extension(TrackExtracter::TrackType(format)).toUpper());
         action->setObjectName(QStringLiteral("actionSaveTrack%1").arg(format));
         connect(action, &QAction::triggered, this, [this, format] { saveTrack(format); });
     }
@@ -97,10 +117,24 @@ ExportController::ExportController(Ui::MainWindow& ui, PlaybackSession* session,
     connect(ui.cutOnButton, &QToolButton::clicked, this, &ExportController::leaveCutMode);
     connect(ui.confirmCutButton, &QToolButton::clicked, this, &ExportController::cut);
     connect(ui.rejectCutButton, &QToolButton::clicked, this, &ExportController::leaveCutMode);
-}
 
-void ExportController::setLoadedPath(const QString& path) {
-    m_cardFolder = QFileInfo(path).isDir() ? path : QString();
+    // The evidence pack: a tool button beside the cut, and in the File menu with the key that marks a moment.
+    m_evidenceButton->setObjectName(QStringLiteral("evidenceButton"));
+    m_evidenceButton->setAutoRaise(true);
+    m_evidenceButton->setIcon(reelvueIcon(QStringLiteral("save-item")));
+    m_evidenceButton->setIconSize(QSize(22, 22));
+    ui.videoToolbarLayout->insertWidget(ui.videoToolbarLayout->indexOf(ui.cutOnButton) + 1, m_evidenceButton);
+    m_evidenceAction->setObjectName(QStringLiteral("actionSaveEvidence"));
+    m_markAction->setObjectName(QStringLiteral("actionMarkMoment"));
+    m_markAction->setShortcut(QKeySequence(Qt::Key_M));
+    m_markAction->setShortcutContext(Qt::WindowShortcut);
+    QAction* beforeQuit = ui.menuFile->actions().value(ui.menuFile->actions().indexOf(ui.actionQuit) - 1, ui.actionQuit);
+    ui.menuFile->insertActions(beforeQuit, {m_evidenceAction, m_markAction});
+    m_evidenceAction->setEnabled(false);
+    m_markAction->setEnabled(false);
+    connect(m_evidenceButton, &QToolButton::clicked, this, &ExportController::saveEvidence);
+    connect(m_evidenceAction, &QAction::triggered, this, &ExportController::saveEvidence);
+    connect(m_markAction, &QAction::triggered, this, &ExportController::markMoment);
 }
 
 exporttarget::Permissions ExportController::permissions(bool overwrite) const {
@@ -112,11 +146,24 @@ void ExportController::retranslate() {
     actions[0]->setText(tr("Save video"));
     actions[1]->setText(tr("Save video and track"));
     actions[2]->setText(tr("Save track"));
+    m_evidenceButton->setToolTip(tr("Save evidence"));
+    m_evidenceButton->setText(tr("Save evidence"));
+    m_evidenceAction->setText(tr("Save evidence"));
+    m_markAction->setText(tr("Mark moment"));
 }
 
 void ExportController::onControllerChanged(PlaybackController* controller) {
     if (!controller && m_cutMode)
         setCutMode(false);
+    m_marks.clear(); // marks belong to the item they were made on
+    m_evidenceAction->setEnabled(controller != nullptr);
+    m_markAction->setEnabled(controller != nullptr);
+}
+
+void ExportController::setLoaded(const QString& path, const Playlist::RawItems& recordings) {
+    m_loadedPath = path;
+    m_cardFolder = QFileInfo(path).isDir() ? path : QString();
+    m_recordings = recordings;
 }
 
 bool ExportController::hasController(const char* method) const {
@@ -241,6 +288,8 @@ void ExportController::leaveCutMode() { setCutMode(false); }
 
 void ExportController::setCutMode(bool on) {
     m_cutMode = on;
+    if (!on)
+        m_cutForEvidence = false;
     m_ui.cutButtonContainer->setVisible(on);
     m_ui.cutButton->setVisible(!on);
     m_ui.cutOnButton->setVisible(on);
@@ -255,6 +304,10 @@ void ExportController::cut() {
     if (!hasController("cutCurrentItem") || m_jobs->isBusy() || m_session->controller()->items().empty())
         return;
     const TimeInterval interval = saveInterval();
+    if (m_cutForEvidence) {
+        startEvidence(interval);
+        return;
+    }
     LOG_INFO(kLogger, "Cut from {} to {}", interval.from.toString(Qt::ISODate).toStdString(),
              interval.to.toString(Qt::ISODate).toStdString());
     const Playlist::RawItems items = exportpaths::itemsOverlapping(m_session->controller()->items(), interval);
@@ -329,6 +382,81 @@ QString withDetail(const QString& text, const QString& detail) {
     return detail.isEmpty() ? text : text + QStringLiteral("\n\n") + detail;
 }
 } // namespace
+
+void ExportController::saveEvidence() {
+    if (!hasController("saveEvidence") || m_jobs->isBusy() || m_session->controller()->items().empty())
+        return;
+    if (!m_cutMode && !m_session->controller()->isCyclePlayActive()) {
+        // No interval chosen yet: the selector comes up as for a cut, and Confirm makes the pack.
+        setCutMode(true);
+        m_cutForEvidence = true;
+        return;
+    }
+    startEvidence(saveInterval());
+}
+
+void ExportController::markMoment() {
+    PlaybackController* controller = m_session->controller();
+    if (!controller || !controller->currentTime().isValid())
+        return;
+    const QDateTime moment = controller->currentTime();
+    m_marks.push_back(moment);
+    LOG_INFO(kLogger, "Marked the moment {}", moment.toString(Qt::ISODate).toStdString());
+    QToolTip::showText(m_evidenceButton->mapToGlobal(QPoint(0, m_evidenceButton->height())),
+                       tr("Moment marked: %1").arg(moment.toString(QStringLiteral("HH:mm:ss"))), m_evidenceButton);
+}
+
+void ExportController::startEvidence(const TimeInterval& interval) {
+    setCutMode(false);
+    LOG_INFO(kLogger, "Evidence pack from {} to {}", interval.from.toString(Qt::ISODate).toStdString(),
+             interval.to.toString(Qt::ISODate).toStdString());
+    QString folder;
+    for (;;) {
+        const QString directory = m_choosers.existingDirectory(m_window, tr("Save evidence to"), saveDirectory());
+        if (directory.isEmpty())
+            return;
+        m_lastSaveDirectory = directory;
+        folder = evidenceFolder(directory, interval);
+        const QString refused = EvidencePack::refusal(folder, m_loadedPath);
+        if (refused.isEmpty())
+            break;
+        QMessageBox::warning(m_window, tr("Save evidence"), refused);
+    }
+    EvidenceRequest request;
+    request.items = m_recordings.empty() ? m_session->controller()->items() : m_recordings;
+    request.interval = interval;
+    request.folder = folder;
+    request.cardPath = m_loadedPath;
+    request.marks = m_marks;
+    setEvidenceDrawing(request);
+    // The map as the user sees it, for the report; without a map on screen the report draws the track itself.
+    if (m_ui.mapWidget->isVisible()) {
+        QBuffer png(&request.mapPicture);
+        png.open(QIODevice::WriteOnly);
+        m_ui.mapWidget->grab().save(&png, "PNG");
+    }
+    auto* pack = new EvidencePack(request);
+    // The runner may delete the job before it reports the end: the failure is taken as the job ends, on its
+    // thread; the queued end report that follows carries it over to this one.
+    auto failure = std::make_shared<QString>();
+    connect(pack, &EvidencePack::done, [pack, failure](bool ok) {
+        if (!ok)
+            *failure = pack->failureText();
+    });
+    m_jobs->run(tr("Saving evidence"), {JobRunner::step(pack, [pack] { pack->encode(); })},
+                [this, folder, failure](const JobRunner::Endings& endings) {
+                    if (!wasCanceled(endings))
+                        onEvidenceDone(endings.front() == JobRunner::Ending::Done, folder, *failure);
+                });
+}
+
+void ExportController::onEvidenceDone(bool ok, const QString& folder, const QString& failure) {
+    LOG_DEBUG(kLogger, "onEvidenceDone ok: {}", ok);
+    if (ok)
+        QMessageBox::information(m_window, tr("Save evidence"), tr("The evidence pack is in %1").arg(folder));
+    else
+        QMessageBox::warning(m_window, tr("Save evidence"), tr("The evidence pack was not made.\n\n%1").arg(failure));
+}
 
 void ExportController::onCopyingDone(bool ok) {
     LOG_DEBUG(kLogger, "onCopyingDone ok: {}", ok);

@@ -146,7 +146,6 @@ void MainWindow::connectSignals() {
     // playlist -> window
     connect(m_playlist, &PlaylistPane::loadedPathChanged, this, [this](const QString& path) {
         m_loadedPath = path;
-        m_export->setLoadedPath(path);
         m_ui->saveItemButton->setEnabled(!path.isEmpty());
         updateWindowTitle();
     });
@@ -160,6 +159,10 @@ void MainWindow::connectSignals() {
             connect(controller, &PlaybackController::recordingSkipped, this,
                     [this](const QString& message) { statusBar()->showMessage(message, kSkippedMessageMs); });
     });
+
+    // playlist -> export: an evidence pack's originals may reach past the item that plays
+    connect(m_playlist, &PlaylistPane::loadedPathChanged, m_export,
+            [this](const QString& path) { m_export->setLoaded(path, m_playlist->rawItems()); });
 
     // playback -> map, plots: the controller drives them; a page that comes up later is sent what it missed
     connect(m_map, &MapWidgetAdapter::ready, this, &MainWindow::onMapWidgetReady);

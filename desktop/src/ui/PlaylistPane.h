@@ -30,6 +30,8 @@ public:
 
     const std::vector<PlaylistView*>& views() const { return m_views; }
     bool isLoaded() const { return m_playlist != nullptr; }
+    // Every recording of the loaded path, in time order; empty when nothing is loaded.
+    Playlist::RawItems rawItems() const { return m_playlist ? m_playlist->rawItems() : Playlist::RawItems(); }
 
 public slots:
     void loadDirectory(const QString& path);
