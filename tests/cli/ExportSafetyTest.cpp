@@ -25,8 +25,6 @@ using testsupport::snapshot;
 
 namespace {
 
-QDateTime local(int hour, int minute, int second) { return QDateTime(QDate(2024, 3, 7), QTime(hour, minute, second)); }
-
 // A card of two 3-second recordings from 14:00:00 (front, rear, track), a cut-off recording of 10 s at
 // 15:00:00 and a recording of sound alone at 16:00:00, each of the last two in a folder of its own.
 class ExportSafetyTest : public testing::Test {

@@ -4,6 +4,7 @@
 // without --force.
 #include "cli/CliCommand.h"
 #include "cli/CliRecordings.h"
+#include "cli/SignalCancel.h"
 #include "core/PlaylistLoader.h"
 #include "core/encoding/Coder.h"
 #include "core/encoding/CutItems.h"
@@ -20,8 +21,6 @@ extern "C" {
 }
 
 #include <algorithm>
-#include <atomic>
-#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -33,17 +32,6 @@ const QString kTimeFormat = QStringLiteral("yyyy-MM-ddTHH:mm:ss");
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 constexpr int kExitSignaled = 128; // plus the signal's number, as shells report a program ended by it
-constexpr int kCancelSignals[] = {SIGINT, SIGTERM, SIGHUP};
-
-// The encoder that the signals cancel; cancel() only stores an atomic flag, which is safe in a handler.
-std::atomic<BaseEncoder*> g_runningEncoder{nullptr};
-std::atomic<int> g_cancelSignal{0};
-
-extern "C" void cancelOnSignal(int signal) {
-    g_cancelSignal = signal;
-    if (BaseEncoder* encoder = g_runningEncoder.load())
-        encoder->cancel();
-}
 
 struct CutRequest {
     bool force = false;
@@ -202,7 +190,7 @@ int runCut(const QStringList& arguments) {
     int exitCode = kExitFailed;
     QObject::connect(encoder.get(), &BaseEncoder::progress, &loop, [&encoder](int percent) {
         // encode() clears the flag as it starts; a signal that came just before must not be lost.
-        if (g_cancelSignal.load() != 0)
+        if (SignalCancel::received() != 0)
             encoder->cancel();
         drawProgressBar(percent);
     });
@@ -211,19 +199,15 @@ int runCut(const QStringList& arguments) {
         loop.quit();
     });
     QObject::connect(encoder.get(), &BaseEncoder::canceled, &loop, [&] {
-        exitCode = kExitSignaled + g_cancelSignal.load();
+        exitCode = kExitSignaled + SignalCancel::received();
         loop.quit();
     });
     worker.start();
-    g_runningEncoder = encoder.get();
-    std::vector<void (*)(int)> previousHandlers;
-    for (int signal : kCancelSignals)
-        previousHandlers.push_back(std::signal(signal, &cancelOnSignal));
-    QMetaObject::invokeMethod(encoder.get(), "encode", Qt::QueuedConnection);
-    loop.exec();
-    for (std::size_t i = 0; i < previousHandlers.size(); ++i)
-        std::signal(kCancelSignals[i], previousHandlers[i]);
-    g_runningEncoder = nullptr;
+    {
+        const SignalCancel cancelOnSignals(encoder.get());
+        QMetaObject::invokeMethod(encoder.get(), "encode", Qt::QueuedConnection);
+        loop.exec();
+    }
     worker.quit();
     worker.wait();
     std::fputc('\n', stderr);

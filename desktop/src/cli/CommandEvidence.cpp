@@ -2,6 +2,7 @@
 // the check of such a pack against its manifests.
 #include "cli/CliCommand.h"
 #include "cli/CliRecordings.h"
+#include "cli/SignalCancel.h"
 #include "core/evidence/Bag.h"
 #include "core/evidence/BagZip.h"
 #include "core/evidence/EvidencePack.h"
@@ -17,8 +18,6 @@ extern "C" {
 }
 
 #include <algorithm>
-#include <atomic>
-#include <csignal>
 #include <cstdio>
 
 namespace {
@@ -28,13 +27,6 @@ constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 constexpr int kExitCanceled = 130; // what shells report for a program ended by SIGINT
 
-// The pack that SIGINT, SIGTERM and SIGHUP cancel; cancel() only stores an atomic flag, safe in a handler.
-std::atomic<EvidencePack*> g_runningPack{nullptr};
-
-extern "C" void cancelOnSignal(int) {
-    if (EvidencePack* pack = g_runningPack.load())
-        pack->cancel();
-}
 
 int usageError(const QString& message) {
     cliError(QStringLiteral("%1\nUsage: reelvue-cli evidence %2\nT is %3 in local time")
@@ -119,16 +111,11 @@ int runEvidence(QStringList arguments) {
         loop.quit();
     });
     worker.start();
-    g_runningPack = &pack;
-    const auto previousInt = std::signal(SIGINT, &cancelOnSignal);
-    const auto previousTerm = std::signal(SIGTERM, &cancelOnSignal);
-    const auto previousHup = std::signal(SIGHUP, &cancelOnSignal);
-    QMetaObject::invokeMethod(&pack, "encode", Qt::QueuedConnection);
-    loop.exec();
-    std::signal(SIGINT, previousInt);
-    std::signal(SIGTERM, previousTerm);
-    std::signal(SIGHUP, previousHup);
-    g_runningPack = nullptr;
+    {
+        const SignalCancel cancelOnSignals(&pack);
+        QMetaObject::invokeMethod(&pack, "encode", Qt::QueuedConnection);
+        loop.exec();
+    }
     worker.quit();
     worker.wait();
     std::fputc('\n', stderr);
