@@ -24,7 +24,6 @@
 #include <QCloseEvent>
 #include <QDir>
 #include <QMessageBox>
-#include <QScreen>
 #include <QShortcut>
 #include <QStatusBar>
 
@@ -199,23 +198,7 @@ void MainWindow::connectSignals() {
 
 void MainWindow::readSettings() {
     const WindowSettings settings = WindowSettings::load();
-    if (settings.geometry.isEmpty()) {
-        // First start: most of the screen, so that the videos, the list and the map all have room.
-        if (QScreen* screen = this->screen()) {
-            const QRect available = screen->availableGeometry();
-            resize(available.size() * 0.9);
-            move(available.center() - rect().center());
-        }
-    } else {
-        restoreGeometry(settings.geometry);
-    }
-    if (!settings.state.isEmpty())
-        restoreState(settings.state);
-    for (const auto& [splitter, state] : {std::pair{m_ui->mainSplitter, settings.mainSplitter},
-                                          {m_ui->leftContainerSplitter, settings.leftSplitter},
-                                          {m_ui->middleContainerSplitter, settings.middleSplitter}})
-        if (!state.isEmpty())
-            splitter->restoreState(state);
+    settings.restoreLayout({this, m_ui->mainSplitter, m_ui->leftContainerSplitter, m_ui->middleContainerSplitter});
     m_plots->setChecked(settings.checkedPlots(m_plots->available()));
     if (settings.mainCamera)
         m_ui->actionShowMainCamera->setChecked(*settings.mainCamera);
@@ -226,11 +209,7 @@ void MainWindow::readSettings() {
 
 void MainWindow::writeSettings() {
     WindowSettings settings;
-    settings.geometry = saveGeometry();
-    settings.state = saveState();
-    settings.mainSplitter = m_ui->mainSplitter->saveState();
-    settings.leftSplitter = m_ui->leftContainerSplitter->saveState();
-    settings.middleSplitter = m_ui->middleContainerSplitter->saveState();
+    settings.captureLayout({this, m_ui->mainSplitter, m_ui->leftContainerSplitter, m_ui->middleContainerSplitter});
     settings.plots.emplace();
     for (PlotType type : m_plots->checked()) // ascending type order
         settings.plots->push_back(static_cast<int>(type));

@@ -4,7 +4,10 @@
 #include "core/Startup.h"
 #include "logging/Logging.h"
 
+#include <QMainWindow>
+#include <QScreen>
 #include <QSettings>
+#include <QSplitter>
 
 namespace {
 constexpr const char* kLogger = "ui.MainWindow"; // its lines are the window's
@@ -80,4 +83,32 @@ std::set<PlotType> WindowSettings::checkedPlots(const std::set<PlotType>& availa
         }
     }
     return result;
+}
+
+void WindowSettings::restoreLayout(const Layout& layout) const {
+    if (geometry.isEmpty()) {
+        // First start: most of the screen, so that the videos, the list and the map all have room.
+        if (QScreen* screen = layout.window->screen()) {
+            const QRect available = screen->availableGeometry();
+            layout.window->resize(available.size() * 0.9);
+            layout.window->move(available.center() - layout.window->rect().center());
+        }
+    } else {
+        layout.window->restoreGeometry(geometry);
+    }
+    if (!state.isEmpty())
+        layout.window->restoreState(state);
+    for (const auto& [splitter, stored] : {std::pair{layout.mainSplitter, mainSplitter},
+                                           {layout.leftSplitter, leftSplitter},
+                                           {layout.middleSplitter, middleSplitter}})
+        if (!stored.isEmpty())
+            splitter->restoreState(stored);
+}
+
+void WindowSettings::captureLayout(const Layout& layout) {
+    geometry = layout.window->saveGeometry();
+    state = layout.window->saveState();
+    mainSplitter = layout.mainSplitter->saveState();
+    leftSplitter = layout.leftSplitter->saveState();
+    middleSplitter = layout.middleSplitter->saveState();
 }

@@ -14,7 +14,18 @@
 #include <set>
 #include <vector>
 
+class QMainWindow;
+class QSplitter;
+
 struct WindowSettings {
+    // The parts of the window whose layout is kept.
+    struct Layout {
+        QMainWindow* window;
+        QSplitter* mainSplitter;
+        QSplitter* leftSplitter;
+        QSplitter* middleSplitter;
+    };
+
     QByteArray geometry; // empty: nothing stored, keep the window's own
     QByteArray state;
     QByteArray mainSplitter;
@@ -28,6 +39,10 @@ struct WindowSettings {
     static WindowSettings load();
     void save() const;
     static void saveLocale(const QString& name);
+
+    // Puts the window and its splitters as stored; on first start the window takes most of its screen.
+    void restoreLayout(const Layout& layout) const;
+    void captureLayout(const Layout& layout);
 
     // The plot types to check of those that have a show action: the stored ones (skipping with a log line the
     // placeholder, unknown and disabled types), or the speed plot on first start.
