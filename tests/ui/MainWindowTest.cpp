@@ -5,6 +5,7 @@
 #include "core/Startup.h"
 #include "core/evidence/Bag.h"
 #include "support/BoxAnswerer.h"
+#include "support/EventWait.h"
 #include "support/GeneratedMedia.h"
 #include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
@@ -24,6 +25,7 @@
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QDirIterator>
 #include <QDropEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -44,6 +46,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <csignal>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 using testsupport::waitUntil;
 
@@ -437,10 +443,21 @@ TEST_F(MainWindowTest, cancel_in_the_window_stops_a_load_and_a_reencoded_cut_whi
         QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("cancelButton")), Qt::LeftButton);
     };
 
+    // A write lease on one track holds the loader inside open() until it is let go: a card that answers slowly,
+    // so the load is still running when Cancel is clicked, however fast the machine.
+    QDirIterator tracks(cardPath(), {QStringLiteral("*.NMEA"), QStringLiteral("*.nmea")}, QDir::Files,
+                        QDirIterator::Subdirectories);
+    ASSERT_TRUE(tracks.hasNext());
+    std::signal(SIGIO, SIG_IGN); // the kernel's word to the holder that someone waits
+    const int leased = ::open(QFile::encodeName(tracks.next()).constData(), O_RDWR);
+    ASSERT_EQ(::fcntl(leased, F_SETLEASE, F_WRLCK), 0);
     window->loadDirectory(cardPath());
     ASSERT_NE(runningDialog(), nullptr);
     EXPECT_FALSE(window->isEnabled());
     clickCancel(runningDialog());
+    testsupport::runEventsFor(300);
+    ::fcntl(leased, F_SETLEASE, F_UNLCK);
+    ::close(leased);
     ASSERT_TRUE(waitUntil([&] { return !log.linesContaining("Loading " + cardPath().toStdString() + " canceled").empty(); }));
     EXPECT_EQ(window->playbackController(), nullptr);
     EXPECT_TRUE(window->isEnabled());
