@@ -278,6 +278,8 @@ void PlaybackController::onVideoPositionChanged(qint64) {
 }
 
 void PlaybackController::playNextVideo() {
+    // A seek not reached before the file ended was aimed at that file, not at the next one's offset.
+    m_pendingSeek = false;
     m_current = m_playingIndex + 1;
     playCurrentVideo();
 }
@@ -375,12 +377,16 @@ void PlaybackController::onSliderPositionChanged(QDateTime time) {
     if (m_videos.empty())
         return;
     // A moment where one file ends and the next begins belongs to the next: the end of a file has no picture.
+    // A file's container often runs on past its last picture (its sound), into the next file's start; a moment
+    // there belongs to the next file too, or a seek would aim past the earlier one's last picture.
     size_t index = m_videos.size() - 1;
     for (size_t i = 0; i < m_videos.size(); ++i)
         if (m_videos[i].to > time) {
             index = i;
             break;
         }
+    while (index + 1 < m_videos.size() && m_videos[index + 1].from <= time)
+        ++index;
     if (m_broken[index]) {
         // Nothing of it can be shown: on from the next file that plays.
         dropPlayers();
