@@ -211,6 +211,7 @@ TEST(NearestTrackTime, interpolates_along_a_segment_and_takes_the_end_beyond_it)
     EXPECT_NEAR(*nearestTrackTime(track, 10.02, 49.99), t0 + 10, 1e-6);
 }
 
+// The status label follows at once, also when paused; Stop leaves no picture behind the item's end on the label.
 TEST_F(PlaybackControllerTest, speed_steps_stop_at_their_limits_and_a_pause_toggle_returns_to_normal_speed) {
     start(threeFiles());
     ASSERT_TRUE(waitUntil([&] { return controller->currentPlayer() != nullptr; }));
@@ -226,9 +227,16 @@ TEST_F(PlaybackControllerTest, speed_steps_stop_at_their_limits_and_a_pause_togg
     controller->togglePause();
     EXPECT_EQ(controller->speed(), 1.0);
     EXPECT_TRUE(waitUntil([&] { return controller->isPaused(); }));
+    waitUntil([] { return false; }, 200);
+    EXPECT_FALSE(status.text().endsWith("x)")) << status.text().toStdString();
     controller->togglePause();
     EXPECT_TRUE(waitUntil([&] { return !controller->isPaused(); }));
     EXPECT_EQ(controller->currentPlayer()->clock().speed(), 1.0);
+
+    ASSERT_TRUE(front.hasFrame());
+    controller->stop();
+    EXPECT_EQ(status.text(), kStart.addSecs(3).toString("hh:mm:ss"));
+    EXPECT_FALSE(front.hasFrame());
 }
 
 TEST_F(PlaybackControllerTest, previous_leaves_the_item_in_its_first_second_and_restarts_it_later) {

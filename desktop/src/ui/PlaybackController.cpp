@@ -290,9 +290,20 @@ void PlaybackController::updatePosition(const QDateTime& time) {
         m_views.map->setCurrentTime(time, m_userSeek);
     if (m_views.slider)
         m_views.slider->setTime(time);
+    showStatus();
+    m_userSeek = false;
 
-    std::string text = time.toString(m_showDate ? QStringLiteral("yyyy.MM.dd hh:mm:ss") : QStringLiteral("hh:mm:ss"))
-                           .toStdString();
+    Interval cycle;
+    if (outsideCycleInterval(time, &cycle))
+        seekTo(cycle.first);
+    showTimeOnPlots(time);
+    emit positionUpdated(time);
+}
+
+void PlaybackController::showStatus() {
+    std::string text =
+        m_currentTime.toString(m_showDate ? QStringLiteral("yyyy.MM.dd hh:mm:ss") : QStringLiteral("hh:mm:ss"))
+            .toStdString();
     if (m_speed != 1.0)
         text += fmt::format(" ({}x)", m_speed);
     if (applicationOptions().showFps && m_currentPlayer)
@@ -303,13 +314,6 @@ void PlaybackController::updatePosition(const QDateTime& time) {
         if (m_views.statusLabel)
             m_views.statusLabel->setText(status);
     }
-    m_userSeek = false;
-
-    Interval cycle;
-    if (outsideCycleInterval(time, &cycle))
-        seekTo(cycle.first);
-    showTimeOnPlots(time);
-    emit positionUpdated(time);
 }
 
 void PlaybackController::showTimeOnPlots(const QDateTime& time) {
@@ -432,6 +436,7 @@ void PlaybackController::speedUp() {
 void PlaybackController::togglePause() {
     m_speed = 1.0;
     m_paused = !m_paused;
+    showStatus();  // a paused picture sends no more positions that would drop the old speed from the label
     if (m_sliderHeld) {
         if (m_paused)
             emit stopped();
@@ -550,6 +555,10 @@ void PlaybackController::stop() {
         return;
     }
     dropPlayers();
+    // The label goes to the item's end: a picture left from before would belong to another moment.
+    for (av::VideoWidget* renderer : {m_views.mainRenderer, m_views.rearRenderer})
+        if (renderer)
+            renderer->clear();
     updateOpening();
     updatePosition(m_to);
     m_paused = true;
