@@ -543,7 +543,7 @@ Do you want to replace it?</source>
     </message>
     <message>
         <source>Distance</source>
-        <translation>Расстояние</translation>
+        <translation>Путь</translation>
     </message>
     <message>
         <source>Top speed</source>
