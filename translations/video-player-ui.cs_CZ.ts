@@ -813,6 +813,10 @@ Chcete jej nahradit?</translation>
         <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
         <translation>V zadaném umístění nejsou žádné videosoubory a struktura podsložek chybí nebo je nesprávná</translation>
     </message>
+    <message>
+        <source>None of the videos found could be dated: their names give no recording time and no GPS track gives one</source>
+        <translation>Žádné z nalezených videí nelze datovat: jejich názvy neuvádějí čas záznamu a žádná stopa GPS ho neudává</translation>
+    </message>
 </context>
 <context>
     <name>PlaylistView</name>

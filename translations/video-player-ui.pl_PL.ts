@@ -813,6 +813,10 @@ Czy chcesz go zastąpić?</translation>
         <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
         <translation>We wskazanej lokalizacji nie ma plików wideo, a struktury podfolderów brak lub jest nieprawidłowa</translation>
     </message>
+    <message>
+        <source>None of the videos found could be dated: their names give no recording time and no GPS track gives one</source>
+        <translation>Nie udało się ustalić daty żadnego ze znalezionych nagrań wideo: ich nazwy nie zawierają czasu nagrania i żaden ślad GPS go nie podaje</translation>
+    </message>
 </context>
 <context>
     <name>PlaylistView</name>

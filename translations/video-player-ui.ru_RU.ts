@@ -772,7 +772,7 @@ Do you want to replace it?</source>
     </message>
     <message>
         <source>Distance</source>
-        <translation>Расстояние</translation>
+        <translation>Путь</translation>
     </message>
     <message>
         <source>Top speed</source>
@@ -812,6 +812,10 @@ Do you want to replace it?</source>
     <message>
         <source>In the path specified there are no video files and the nested subfolder structure is missing or incorrect</source>
         <translation>По указанному пути нет видеофайлов, а структура вложенных папок отсутствует или неверна</translation>
+    </message>
+    <message>
+        <source>None of the videos found could be dated: their names give no recording time and no GPS track gives one</source>
+        <translation>Ни одно из найденных видео не удалось датировать: их имена не содержат времени записи, и ни один GPS-трек его не даёт</translation>
     </message>
 </context>
 <context>

@@ -236,7 +236,7 @@ TEST(ExifWriter, files_that_are_no_picture_or_missing_fail_with_a_logged_error) 
     testsupport::LogCapture log;
     EXPECT_FALSE(writeExifPosition(notAPicture, moscowFix(), frameTime()));
     EXPECT_FALSE(writeExifPosition(dir.filePath("missing.jpg"), moscowFix(), frameTime()));
-    EXPECT_EQ(log.linesContaining("Failed to write EXIF position into " + notAPicture.toStdString()).size(), 1u);
+    EXPECT_EQ(log.linesContaining("ERROR ui.ExifUtils - Failed to write EXIF position into " + notAPicture.toStdString()).size(), 1u);
     EXPECT_EQ(log.linesContaining("missing.jpg").size(), 1u);
 
     QFile file(notAPicture);

@@ -1,4 +1,5 @@
-// The language actions: each carries its locale; the current one, also as start-up chose it, is disabled.
+// The language actions: each carries its locale; the current one, also as start-up chose it, is disabled, and
+// English when the system's language is none of them.
 #include "ui/LanguageController.h"
 
 #include <QAction>
@@ -19,6 +20,13 @@ TEST(LanguageController, the_language_start_up_chose_cannot_be_chosen_again_and_
     languages.updateActions();
     EXPECT_FALSE(czech.isEnabled());
     EXPECT_TRUE(english.isEnabled() && polish.isEnabled());
+    // A system locale of no offered language (C.UTF-8, German) shows the English texts.
+    for (const QLocale& system : {QLocale::c(), QLocale(QLocale::German, QLocale::Germany)}) {
+        QLocale::setDefault(system);
+        languages.updateActions();
+        EXPECT_FALSE(english.isEnabled()) << system.name().toStdString();
+        EXPECT_TRUE(czech.isEnabled() && polish.isEnabled());
+    }
 
     polish.trigger();
     EXPECT_EQ(QLocale().name(), QStringLiteral("pl_PL"));

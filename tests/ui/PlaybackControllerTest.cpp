@@ -211,6 +211,7 @@ TEST(NearestTrackTime, interpolates_along_a_segment_and_takes_the_end_beyond_it)
     EXPECT_NEAR(*nearestTrackTime(track, 10.02, 49.99), t0 + 10, 1e-6);
 }
 
+// The status label follows at once, also when paused; Stop leaves no picture behind the item's end on the label.
 TEST_F(PlaybackControllerTest, speed_steps_stop_at_their_limits_and_a_pause_toggle_returns_to_normal_speed) {
     start(threeFiles());
     ASSERT_TRUE(waitUntil([&] { return controller->currentPlayer() != nullptr; }));
@@ -226,9 +227,16 @@ TEST_F(PlaybackControllerTest, speed_steps_stop_at_their_limits_and_a_pause_togg
     controller->togglePause();
     EXPECT_EQ(controller->speed(), 1.0);
     EXPECT_TRUE(waitUntil([&] { return controller->isPaused(); }));
+    waitUntil([] { return false; }, 200);
+    EXPECT_FALSE(status.text().endsWith("x)")) << status.text().toStdString();
     controller->togglePause();
     EXPECT_TRUE(waitUntil([&] { return !controller->isPaused(); }));
     EXPECT_EQ(controller->currentPlayer()->clock().speed(), 1.0);
+
+    ASSERT_TRUE(front.hasFrame());
+    controller->stop();
+    EXPECT_EQ(status.text(), kStart.addSecs(3).toString("hh:mm:ss"));
+    EXPECT_FALSE(front.hasFrame());
 }
 
 TEST_F(PlaybackControllerTest, previous_leaves_the_item_in_its_first_second_and_restarts_it_later) {
@@ -278,6 +286,56 @@ TEST_F(PlaybackControllerTest, cycle_play_loops_over_its_interval_and_a_zero_len
     controller->stopCyclePlay();
     EXPECT_FALSE(controller->isSliderHeld());
     EXPECT_TRUE(waitUntil([&] { return shown() > 76; }));
+}
+
+// An interval that starts where the next file begins, while the container of the file before (its sound) runs
+// on past that moment, entered while playing and while paused: it loops inside the later file instead of
+// flipping between the two files' edges.
+TEST_F(PlaybackControllerTest, cycle_play_from_a_file_boundary_stays_in_the_later_file) {
+    for (const bool paused : {false, true}) {
+        SCOPED_TRACE(paused ? "paused" : "playing");
+        Playlist::RawItems items = threeFiles();
+        for (size_t i = 0; i + 1 < items.size(); ++i) {
+            auto longer = std::make_shared<Playlist::RawItem>(*items[i]);
+            longer->to = longer->to.addMSecs(30);
+            items[i] = longer;
+        }
+        start(items);
+        if (paused)
+            pauseOnFirstFrame();
+        else
+            ASSERT_TRUE(waitUntil([&] { return controller->currentPlayer() != nullptr; }));
+        const QDateTime from = kStart.addSecs(1), to = kStart.addMSecs(1600);
+        std::vector<QDateTime> times;
+        QObject::connect(controller.get(), &PlaybackController::positionUpdated, [&](const QDateTime& t) {
+            if (!times.empty() || t >= from)
+                times.push_back(t);
+        });
+        std::vector<MultiAVPlayer*> players;
+        QObject::connect(controller.get(), &PlaybackController::playerChanged,
+                         [&](MultiAVPlayer* player) { players.push_back(player); });
+        controller->startCyclePlay([&] { return PlaybackController::Interval{from, to}; });
+        if (paused) {
+            EXPECT_TRUE(waitUntil([&] { return shown() == 30; }));
+            players.clear();
+            waitUntil([] { return false; }, 600);
+            EXPECT_EQ(shown(), 30);
+            EXPECT_THAT(players, testing::IsEmpty());
+            controller->togglePause();
+        }
+        EXPECT_TRUE(waitUntil([&] {
+            int loops = 0;
+            for (size_t i = 1; i < times.size(); ++i)
+                loops += times[i] < times[i - 1];
+            return loops >= 2;
+        }, 8000));
+        for (const QDateTime& t : times) {
+            EXPECT_GE(t, from.addMSecs(-40));
+            EXPECT_LE(t, to.addMSecs(200));
+        }
+        EXPECT_LE(players.size(), 3u) << "the players changed at every loop";
+        controller.reset();
+    }
 }
 
 TEST_F(PlaybackControllerTest, a_one_camera_file_after_a_two_camera_file_blanks_the_rear_widget) {

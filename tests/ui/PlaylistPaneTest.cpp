@@ -1,5 +1,5 @@
 // The playlist pane over a real card: the first item plays at once, stepping stays in its table, an empty
-// folder is reported, and no second load starts while one runs.
+// folder and undated videos are reported, and no second load starts while one runs.
 #include "ui/PlaylistPane.h"
 
 #include "core/PlaylistItemModel.h"
@@ -13,6 +13,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 using testsupport::waitUntil;
@@ -74,5 +75,13 @@ TEST_F(PlaylistPaneTest, an_empty_folder_is_reported_and_no_second_load_starts_m
                                   " while another operation runs").size(), 1u);
     ASSERT_TRUE(waitUntil([&] { return answerer.texts.size() == 1; }));
     EXPECT_EQ(answerer.titles[0], "Failed to load");
+    EXPECT_THAT(answerer.texts[0], testing::StartsWith("In the path specified there are no video files"));
+    EXPECT_FALSE(pane->isLoaded());
+
+    // A video whose name gives no time is there: the box says why it cannot be used.
+    testsupport::placeVideo(card.filePath("holiday.mp4"));
+    pane->loadFile(card.filePath("holiday.mp4"));
+    ASSERT_TRUE(waitUntil([&] { return answerer.texts.size() == 2; }, 10000));
+    EXPECT_THAT(answerer.texts[1], testing::StartsWith("None of the videos found could be dated"));
     EXPECT_FALSE(pane->isLoaded());
 }

@@ -160,3 +160,23 @@ TEST(PlaylistItemDelegate, heads_a_day_with_the_long_date_of_the_locale) {
               QStringLiteral("Friday, June 14, 2024"));
     EXPECT_TRUE(PlaylistItemDelegate::dateText(day, QLocale(QLocale::Russian)).startsWith(QStringLiteral("Пятница")));
 }
+
+// A table too narrow for its titles on one line breaks them at blanks onto a second line instead of cutting
+// them off ("Dur…"): every word of every title is seen whole.
+TEST_F(PlaylistViewTest, titles_too_wide_for_a_narrow_table_take_a_second_line_instead_of_eliding) {
+    const QFontMetrics metrics(view.horizontalHeader()->font());
+    for (const int width : {800, 520, 430}) {
+        view.resize(width, 400);
+        QApplication::processEvents();
+        bool wrapped = false;
+        for (int column = 0; column < model.columnCount(); ++column) {
+            const QString title = model.headerData(column, Qt::Horizontal).toString();
+            const int padding = view.horizontalHeader()->sectionSizeHint(column) - metrics.horizontalAdvance(title);
+            wrapped = wrapped || view.columnWidth(column) < metrics.horizontalAdvance(title) + padding;
+            for (const QString& word : title.split(QLatin1Char(' ')))
+                EXPECT_GE(view.columnWidth(column), metrics.horizontalAdvance(word) + padding)
+                    << width << " " << word.toStdString();
+        }
+        EXPECT_EQ(view.horizontalHeader()->height() >= 2 * metrics.lineSpacing(), wrapped) << width;
+    }
+}

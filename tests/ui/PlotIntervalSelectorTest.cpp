@@ -1,4 +1,5 @@
-// The interval selector on two real plots: edges dragged with the mouse, limits, and the inactive state.
+// The interval selector on two real plots: edges dragged with the mouse, limits, the inactive state, and its
+// time labels on a short interval.
 #include "ui/PlotIntervalSelector.h"
 
 #include "support/MouseEvents.h"
@@ -106,4 +107,28 @@ TEST_F(PlotIntervalSelectorTest, inactive_it_leaves_the_mouse_to_the_plot_and_a_
     selector.setActive(true);
     dragMouse(speed->canvas(), at(speed, kTo), at(speed, kFrom.addSecs(500)));
     EXPECT_NEAR(selector.interval().second.msecsTo(kFrom.addSecs(500)), 0, pixelMs());
+}
+
+// On an interval a few pixels wide the two time labels must not be drawn over each other: the rows of the
+// canvas that show label text (the edges' colour away from the edge lines) form two separate groups.
+TEST_F(PlotIntervalSelectorTest, the_edge_labels_of_a_short_interval_do_not_overlap) {
+    selector.setInterval(kFrom.addSecs(300), kFrom.addSecs(302));
+    QApplication::processEvents();
+    const QImage picture = speed->canvas()->grab().toImage();
+    const double fromX = speed->canvasXOf(kFrom.addSecs(300)), toX = speed->canvasXOf(kFrom.addSecs(302));
+    std::vector<int> rows;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) {
+            const QColor c = picture.pixelColor(x, y);
+            const bool edgeColour = c.blue() > 150 && c.red() < 90 && c.green() < 140;
+            if (edgeColour && std::abs(x - fromX) > 4 && std::abs(x - toX) > 4) {
+                rows.push_back(y);
+                break;
+            }
+        }
+    ASSERT_FALSE(rows.empty());
+    int groups = 1;
+    for (size_t i = 1; i < rows.size(); ++i)
+        groups += rows[i] > rows[i - 1] + 1;
+    EXPECT_EQ(groups, 2) << "label rows from " << rows.front() << " to " << rows.back();
 }

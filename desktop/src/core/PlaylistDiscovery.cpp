@@ -202,7 +202,7 @@ Playlist::RawItems PlaylistDiscovery::fromDirectory(const QString& root) {
     m_timings.listingMs = timer.elapsed();
     if (entries.empty()) {
         LOG_ERROR(kLogger, "Nothing found in '{}'", root.toStdString());
-        throw std::runtime_error("Nothing found");
+        throw std::runtime_error(kNothingFound);
     }
     LOG_INFO(kLogger, "Found {} videos in '{}'", entries.size(), root.toStdString());
     return buildItems(std::move(entries));
@@ -215,7 +215,7 @@ Playlist::RawItems PlaylistDiscovery::fromFile(const QString& videoPath) {
     const QFileInfo video(videoPath);
     if (!video.isFile() || !video.isReadable()) {
         LOG_ERROR(kLogger, "Video file '{}' is not a readable file", videoPath.toStdString());
-        throw std::runtime_error("Nothing found");
+        throw std::runtime_error(kNothingFound);
     }
     Entry entry{video, rearVideoOf(video), categoryOfFolderName(video.dir().dirName()), {}};
     LOG_DEBUG(kLogger, "Track file base name: {}", video.baseName().toStdString());
@@ -324,7 +324,7 @@ Playlist::RawItems PlaylistDiscovery::buildItems(std::vector<Entry> entries) {
 
     if (std::none_of(items.begin(), items.end(), [](const auto& item) { return item->hasValidInterval(); })) {
         LOG_ERROR(kLogger, "None of {} videos could be dated", items.size());
-        throw std::runtime_error("Files not contain any valid GPS position.");
+        throw std::runtime_error(kNoneDated);
     }
     std::vector<int> folders;
     folders.reserve(count);

@@ -27,6 +27,10 @@ struct PlaylistLoadCanceled : std::runtime_error {
 // "Files not contain any valid GPS position."; a raised cancel flag throws PlaylistLoadCanceled.
 class PlaylistDiscovery {
 public:
+    // The failures' texts, as what() gives them.
+    static constexpr const char* kNothingFound = "Nothing found";
+    static constexpr const char* kNoneDated = "Files not contain any valid GPS position.";
+
     // What opening a video told: its length and whether it can be played at all.
     struct VideoProbe {
         std::int64_t durationMs = 0; // 0: unknown

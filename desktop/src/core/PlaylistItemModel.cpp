@@ -174,7 +174,7 @@ QVariant PlaylistItemModel::headerData(int section, Qt::Orientation orientation,
     if (orientation != Qt::Horizontal || section < 0 || section >= columnCount())
         return {};
     if (role == Qt::TextAlignmentRole && isFigure(m_columns[section]))
-        return int(Qt::AlignRight | Qt::AlignVCenter); // above their right-aligned figures
+        return int(Qt::AlignRight | Qt::AlignVCenter | Qt::TextWordWrap); // above their right-aligned figures; a long title breaks
     return role == Qt::DisplayRole ? QVariant(columnTitle(m_columns[section])) : QVariant();
 }
 

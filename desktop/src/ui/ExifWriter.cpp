@@ -17,7 +17,7 @@
 #include <mutex>
 
 namespace {
-constexpr const char* kLogger = "ui.ExifWriter";
+constexpr const char* kLogger = "ui.ExifUtils";
 
 // Denominators of the stored rationals: 1/1000 of an arc second is 3 cm on the ground, 1 cm of altitude,
 // 1/100 km/h and 1/100 degree are finer than any recorder's GPS.

@@ -20,5 +20,5 @@ std::optional<TrackPosition> trackPositionAt(const TrackPositions& track, const 
 // - GPS version, latitude/longitude with refs, map datum, and when the fix has them: altitude with ref,
 //   speed (km/h, ref K), heading as GPSImgDirection and GPSTrack (ref T), satellites and DOP.
 // Tags of fields the fix lacks are removed, so an older position never lingers; an invalid frame time writes no
-// time tags. Returns false with an ERROR in the log ("ui.ExifWriter") when the file can't be read or written.
+// time tags. Returns false with an ERROR in the log ("ui.ExifUtils") when the file can't be read or written.
 bool writeExifPosition(const QString& path, const TrackPosition& position, const QDateTime& frameTime);

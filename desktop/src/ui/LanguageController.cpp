@@ -9,6 +9,8 @@
 #include <QCoreApplication>
 #include <QDir>
 
+#include <algorithm>
+
 namespace {
 constexpr const char* kLogger = "ui.MainWindow"; // its lines are the window's
 } // namespace
@@ -47,7 +49,12 @@ void LanguageController::change(const QLocale& locale) {
 }
 
 void LanguageController::updateActions() {
-    const QLocale::Language current = QLocale().language();
-    for (QAction* action : m_actions->actions())
+    QLocale::Language current = QLocale().language();
+    // Without a translation of its own (C.UTF-8, German) the window shows its English texts.
+    const QList<QAction*> actions = m_actions->actions();
+    if (std::none_of(actions.begin(), actions.end(),
+                     [current](QAction* action) { return action->data().toLocale().language() == current; }))
+        current = QLocale::English;
+    for (QAction* action : actions)
         action->setEnabled(action->data().toLocale().language() != current);
 }

@@ -278,6 +278,8 @@ void PlaybackController::onVideoPositionChanged(qint64) {
 }
 
 void PlaybackController::playNextVideo() {
+    // A seek not reached before the file ended was aimed at that file, not at the next one's offset.
+    m_pendingSeek = false;
     m_current = m_playingIndex + 1;
     playCurrentVideo();
 }
@@ -288,9 +290,20 @@ void PlaybackController::updatePosition(const QDateTime& time) {
         m_views.map->setCurrentTime(time, m_userSeek);
     if (m_views.slider)
         m_views.slider->setTime(time);
+    showStatus();
+    m_userSeek = false;
 
-    std::string text = time.toString(m_showDate ? QStringLiteral("yyyy.MM.dd hh:mm:ss") : QStringLiteral("hh:mm:ss"))
-                           .toStdString();
+    Interval cycle;
+    if (outsideCycleInterval(time, &cycle))
+        seekTo(cycle.first);
+    showTimeOnPlots(time);
+    emit positionUpdated(time);
+}
+
+void PlaybackController::showStatus() {
+    std::string text =
+        m_currentTime.toString(m_showDate ? QStringLiteral("yyyy.MM.dd hh:mm:ss") : QStringLiteral("hh:mm:ss"))
+            .toStdString();
     if (m_speed != 1.0)
         text += fmt::format(" ({}x)", m_speed);
     if (applicationOptions().showFps && m_currentPlayer)
@@ -301,13 +314,6 @@ void PlaybackController::updatePosition(const QDateTime& time) {
         if (m_views.statusLabel)
             m_views.statusLabel->setText(status);
     }
-    m_userSeek = false;
-
-    Interval cycle;
-    if (outsideCycleInterval(time, &cycle))
-        seekTo(cycle.first);
-    showTimeOnPlots(time);
-    emit positionUpdated(time);
 }
 
 void PlaybackController::showTimeOnPlots(const QDateTime& time) {
@@ -375,12 +381,16 @@ void PlaybackController::onSliderPositionChanged(QDateTime time) {
     if (m_videos.empty())
         return;
     // A moment where one file ends and the next begins belongs to the next: the end of a file has no picture.
+    // A file's container often runs on past its last picture (its sound), into the next file's start; a moment
+    // there belongs to the next file too, or a seek would aim past the earlier one's last picture.
     size_t index = m_videos.size() - 1;
     for (size_t i = 0; i < m_videos.size(); ++i)
         if (m_videos[i].to > time) {
             index = i;
             break;
         }
+    while (index + 1 < m_videos.size() && m_videos[index + 1].from <= time)
+        ++index;
     if (m_broken[index]) {
         // Nothing of it can be shown: on from the next file that plays.
         dropPlayers();
@@ -426,6 +436,7 @@ void PlaybackController::speedUp() {
 void PlaybackController::togglePause() {
     m_speed = 1.0;
     m_paused = !m_paused;
+    showStatus();  // a paused picture sends no more positions that would drop the old speed from the label
     if (m_sliderHeld) {
         if (m_paused)
             emit stopped();
@@ -544,6 +555,10 @@ void PlaybackController::stop() {
         return;
     }
     dropPlayers();
+    // The label goes to the item's end: a picture left from before would belong to another moment.
+    for (av::VideoWidget* renderer : {m_views.mainRenderer, m_views.rearRenderer})
+        if (renderer)
+            renderer->clear();
     updateOpening();
     updatePosition(m_to);
     m_paused = true;

@@ -140,6 +140,8 @@ private:
     size_t playableFrom(size_t index) const;
     void reportSkipped(size_t index);
     void updatePosition(const QDateTime& time);
+    // The status label for m_currentTime and the speed.
+    void showStatus();
     void dropPlayers();
     void dropNextPlayer();
     void releasePlayer(PlayerPtr& player);

@@ -101,9 +101,14 @@ void PlaylistPane::startLoading(const QString& path, bool isFile) {
         m_loadedModels.clear();
         if (!m_loadFailure.isEmpty())
             LOG_WARN(kLogger, "Loading {} failed: {}", m_loadingPath.toStdString(), m_loadFailure.toStdString());
-        QMessageBox::warning(m_window, tr("Failed to load"),
-                             tr("In the path specified there are no video files and the nested subfolder structure is "
-                                "missing or incorrect"));
+        // Videos were found but none has a time: saying that there are none would send the user looking
+        // for the wrong fault.
+        const QString text = m_loadFailure == QLatin1String(PlaylistDiscovery::kNoneDated)
+                                 ? tr("None of the videos found could be dated: their names give no recording time "
+                                      "and no GPS track gives one")
+                                 : tr("In the path specified there are no video files and the nested subfolder "
+                                      "structure is missing or incorrect");
+        QMessageBox::warning(m_window, tr("Failed to load"), text);
     });
 }
 

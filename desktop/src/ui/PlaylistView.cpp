@@ -26,9 +26,58 @@ constexpr int kLastColumnMinimumChars = 10;
 // A title elides to no fewer than this many characters: "Dis…" still says what the column is.
 constexpr int kTitleMinimumChars = 5;
 
+// Column titles wider than their column break at blanks onto a second line ("Top / speed"); the header is
+// two lines high while any does. A column narrower than a word of its title elides the title on one line.
+class TitleHeader : public QHeaderView {
+public:
+    explicit TitleHeader(QWidget* parent) : QHeaderView(Qt::Horizontal, parent) {
+        setDefaultAlignment(Qt::Alignment(Qt::AlignLeft | Qt::AlignVCenter | Qt::TextWordWrap));
+        connect(this, &QHeaderView::sectionResized, this, &TitleHeader::updateLines);
+    }
+
+    int oneLineWidth(int section) const { return QHeaderView::sectionSizeFromContents(section).width(); }
+    // The width the title needs when it may break at blanks: its widest word.
+    int widestWordWidth(int section) const {
+        const QString title = model() ? model()->headerData(section, orientation()).toString() : QString();
+        int widest = 0;
+        for (const QString& word : title.split(QLatin1Char(' '), Qt::SkipEmptyParts))
+            widest = std::max(widest, fontMetrics().horizontalAdvance(word));
+        return oneLineWidth(section) - fontMetrics().horizontalAdvance(title) + widest;
+    }
+
+    // Breaks or elides the titles for the widths they have now.
+    void updateLines() {
+        bool wordsFit = true;
+        bool broken = false;
+        for (int section = 0; section < count(); ++section) {
+            wordsFit = wordsFit && sectionSize(section) >= widestWordWidth(section);
+            broken = broken || sectionSize(section) < oneLineWidth(section);
+        }
+        // An eliding header would cut a title to one line before it could break.
+        setTextElideMode(wordsFit ? Qt::ElideNone : Qt::ElideRight);
+        const bool twoLines = wordsFit && broken;
+        if (twoLines == m_twoLines)
+            return;
+        m_twoLines = twoLines;
+        headerDataChanged(orientation(), 0, count() - 1); // drops the cached height
+    }
+
+protected:
+    QSize sectionSizeFromContents(int section) const override {
+        QSize size = QHeaderView::sectionSizeFromContents(section);
+        if (m_twoLines)
+            size.rheight() += fontMetrics().lineSpacing();
+        return size;
+    }
+
+private:
+    bool m_twoLines = false;
+};
+
 } // namespace
 
 PlaylistView::PlaylistView(QWidget* parent) : QTableView(parent), m_delegate(new PlaylistItemDelegate(this)) {
+    setHorizontalHeader(new TitleHeader(this));
     setItemDelegate(m_delegate);
     m_delegate->setHoveredRow(-1);
     setSelectionBehavior(SelectRows);
@@ -49,10 +98,8 @@ PlaylistView::PlaylistView(QWidget* parent) : QTableView(parent), m_delegate(new
     verticalHeader()->setDefaultSectionSize(PlaylistItemDelegate::itemRowHeight(font()));
 
     QHeaderView* header = horizontalHeader();
-    header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     header->setHighlightSections(false);
     header->setSectionsClickable(false); // no sorting: the lists are in time order
-    header->setTextElideMode(Qt::ElideRight);
     header->setMinimumSectionSize(PlaylistItemDelegate::kTextMargin * 4);
     header->viewport()->installEventFilter(this); // tooltips of elided titles
     // The user widened or narrowed a column: the last one gives or takes the difference.
@@ -348,8 +395,11 @@ void PlaylistView::layoutRows() {
 void PlaylistView::measureColumns() {
     const int columns = model() ? model()->columnCount() : 0;
     m_columnNeeds.assign(columns, ColumnNeed{});
-    for (int column = 0; column < columns; ++column)
-        m_columnNeeds[column].header = horizontalHeader()->sectionSizeHint(column);
+    const auto* header = static_cast<const TitleHeader*>(horizontalHeader());
+    for (int column = 0; column < columns; ++column) {
+        m_columnNeeds[column].header = header->oneLineWidth(column);
+        m_columnNeeds[column].headerWord = header->widestWordWidth(column);
+    }
     int measured = 0;
     for (int row = 0; row < model()->rowCount() && measured < kMaxMeasuredRows; ++row) {
         if (!isItemRow(row))
@@ -370,7 +420,7 @@ void PlaylistView::measureColumns() {
         m_columnNeeds.back().minimum = std::min(m_columnNeeds.back().text, lastMinimum);
 }
 
-std::vector<int> PlaylistView::fittedWidths(const std::vector<ColumnNeed>& needs, int available) {
+std::vector<int> PlaylistView::fittedWidths(std::vector<ColumnNeed> needs, int available) {
     std::vector<int> widths;
     int total = 0;
     for (const ColumnNeed& need : needs) {
@@ -379,31 +429,39 @@ std::vector<int> PlaylistView::fittedWidths(const std::vector<ColumnNeed>& needs
     }
     if (widths.empty())
         return widths;
+    if (total > available) {
+        // Too wide on one line: the titles break at blanks.
+        total = 0;
+        for (std::size_t column = 0; column < needs.size(); ++column) {
+            needs[column].header = std::min(needs[column].header, needs[column].headerWord);
+            widths[column] = std::max(needs[column].text, needs[column].header);
+            total += widths[column];
+        }
+    }
     if (total <= available) {
         widths.back() += available - total;
         return widths;
     }
-    // Too wide. First the titles wider than their column's texts give way (they elide), in proportion...
+    // Still too wide. First the last column's texts elide (a file name keeps its ends) down to its minimum...
     int excess = total - available;
+    const int lastMinimum = std::max(needs.back().minimum, std::min(widths.back(), needs.back().header));
+    const int fromLast = std::min(excess, std::max(0, widths.back() - lastMinimum));
+    widths.back() -= fromLast;
+    excess -= fromLast;
+    // ...then the titles wider than their column's texts elide, in proportion; beyond that the table scrolls
+    // sideways.
     int spareInTitles = 0;
     for (const ColumnNeed& need : needs)
         spareInTitles += std::max(0, need.header - need.text);
     const int fromTitles = std::min(excess, spareInTitles);
-    for (std::size_t column = 0; column < needs.size() && spareInTitles > 0; ++column) {
+    for (std::size_t column = 0; column < needs.size() && fromTitles > 0; ++column) {
         const int spare = std::max(0, needs[column].header - needs[column].text);
         const int cut = std::min(spare, (fromTitles * spare + spareInTitles - 1) / spareInTitles);
         widths[column] -= cut;
         excess -= cut;
     }
-    if (excess < 0) { // rounding up cut a pixel or two too many
+    if (excess < 0) // rounding up cut a pixel or two too many
         widths.back() -= excess;
-        excess = 0;
-    }
-    // ...then the last column's texts elide down to its minimum; beyond that the table scrolls sideways.
-    if (excess > 0) {
-        const int lastMinimum = std::max(needs.back().minimum, std::min(needs.back().text, needs.back().header));
-        widths.back() = std::max(lastMinimum, widths.back() - excess);
-    }
     return widths;
 }
 
@@ -430,6 +488,7 @@ void PlaylistView::fitColumns() {
     for (int column = 0; column < columns; ++column)
         setColumnWidth(column, widths[column]);
     m_fittingColumns = false;
+    static_cast<TitleHeader*>(horizontalHeader())->updateLines();
 }
 
 QString PlaylistView::placeholderText() const {

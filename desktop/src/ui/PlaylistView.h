@@ -69,13 +69,15 @@ private:
     void layoutRows();
     // What each column needs, measured from its title and texts.
     struct ColumnNeed {
-        int text = 0;    // its widest text
-        int header = 0;  // its title
-        int minimum = 0; // the last column's least width before the table scrolls
+        int text = 0;        // its widest text
+        int header = 0;      // its title on one line
+        int headerWord = 0;  // its title broken at blanks: its widest word
+        int minimum = 0;     // the last column's least width before the table scrolls
     };
     void measureColumns();
-    // Widths that fill `available`: titles and then the last column elide when there is too little room.
-    static std::vector<int> fittedWidths(const std::vector<ColumnNeed>& needs, int available);
+    // Widths that fill `available`: titles take a second line, then elide, and then the last column elides
+    // when there is too little room.
+    static std::vector<int> fittedWidths(std::vector<ColumnNeed> needs, int available);
     // Column widths from their needs (or the user's widths), the last one taking what is left.
     void fitColumns();
     void setHoveredRow(int row);

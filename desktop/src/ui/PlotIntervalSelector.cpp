@@ -67,9 +67,10 @@ void PlotIntervalSelector::attach(TrackPlot* plot) {
         edge->setItemAttribute(QwtPlotItem::AutoScale, false);
         edge->setSpacing(3);
     }
-    // Labels inside the band, at the top.
+    // Labels inside the band, the start's at the top and the end's at the bottom: on a band narrower than
+    // the two labels, side by side they would cover each other, at any zoom.
     items.fromEdge->setLabelAlignment(Qt::AlignTop | Qt::AlignRight);
-    items.toEdge->setLabelAlignment(Qt::AlignTop | Qt::AlignLeft);
+    items.toEdge->setLabelAlignment(Qt::AlignBottom | Qt::AlignLeft);
     items.band->attach(plot);
     items.fromEdge->attach(plot);
     items.toEdge->attach(plot);
