@@ -127,6 +127,21 @@ protected:
 
     static QString outputPath(const QTemporaryDir& dir, const char* name) { return dir.filePath(QLatin1String(name)); }
 
+    // Answers the encoding dialog of a cut as a user would: the output path, re-encoding or not, Save.
+    static std::unique_ptr<QTimer> answerEncodingDialog(const QString& path, bool reencode) {
+        auto timer = std::make_unique<QTimer>();
+        QObject::connect(timer.get(), &QTimer::timeout, [path, reencode] {
+            auto* dialog = qobject_cast<EncodingSettingsDialog*>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            dialog->findChild<QLineEdit*>("filePathEdit")->setText(path);
+            dialog->findChild<QCheckBox*>("forceEncodingChkBox")->setChecked(reencode);
+            dialog->accept();
+        });
+        timer->start(20);
+        return timer;
+    }
+
     static inline QTemporaryDir* s_card = nullptr;
     static inline QString s_previousDirectory;
 
@@ -306,15 +321,7 @@ TEST_F(MainWindowTest, saves_a_cut_with_its_track_beside_the_track_alone_and_the
 
     // Cut: the selector's interval (the whole trip) into an MP4, confirmed in the encoding dialog.
     const QString cutPath = outputPath(out, "cut.mp4");
-    QTimer dialogAnswerer;
-    QObject::connect(&dialogAnswerer, &QTimer::timeout, [&] {
-        auto* dialog = qobject_cast<EncodingSettingsDialog*>(QApplication::activeModalWidget());
-        if (!dialog)
-            return;
-        dialog->findChild<QLineEdit*>("filePathEdit")->setText(cutPath);
-        dialog->accept();
-    });
-    dialogAnswerer.start(20);
+    const auto dialogAnswerer = answerEncodingDialog(cutPath, false);
     window->onCutButtonClicked();
     EXPECT_TRUE(child<QWidget>(*window, "cutButtonContainer")->isVisible());
     window->cutCurrentItem();
@@ -465,16 +472,7 @@ TEST_F(MainWindowTest, cancel_in_the_window_stops_a_load_and_a_reencoded_cut_whi
     loadCard(*window);
     testsupport::BoxAnswerer answerer(QStringLiteral("OK"));
     const QString cutPath = outputPath(out, "cut.mp4");
-    QTimer dialogAnswerer;
-    QObject::connect(&dialogAnswerer, &QTimer::timeout, [&] {
-        auto* dialog = qobject_cast<EncodingSettingsDialog*>(QApplication::activeModalWidget());
-        if (!dialog)
-            return;
-        dialog->findChild<QLineEdit*>("filePathEdit")->setText(cutPath);
-        dialog->findChild<QCheckBox*>("forceEncodingChkBox")->setChecked(true);
-        dialog->accept();
-    });
-    dialogAnswerer.start(20);
+    const auto dialogAnswerer = answerEncodingDialog(cutPath, true);
     window->onCutButtonClicked();
     window->cutCurrentItem();
     // The track copy comes first; past its share the video is being encoded, under the same window.
