@@ -67,6 +67,8 @@ TEST_F(IsSuitablePathTest, recorder_layouts_and_lone_videos_fit) {
     const std::vector<QString> fitting[] = {
         {"DCIM/"}, {"Lumicor DVR/"}, {"DVRlocked/"}, {"R/"}, {"Normal/", "Event/", "Photo/"}, {"CARDV/MOVIE/"},
         {"clip.MOV"}, {"clip.Mp4"}, {".clip.mp4"}, // any case of suffix; hidden entries are seen
+        // Today's cameras: a Record folder or the clip folders, at the root or one folder down.
+        {"Record/"}, {"RecentClips/"}, {"SavedClips/"}, {"SentryClips/"}, {"Car/Record/"}, {"Car/SentryClips/"},
     };
     for (const auto& entries : fitting)
         EXPECT_TRUE(IsSuitablePath(folderWith(entries)->path())) << entries.front().toStdString();
@@ -79,6 +81,8 @@ TEST_F(IsSuitablePathTest, other_folders_do_not_fit_and_say_why) {
         {{".hidden/"}, "there isn't one of required directories"},
         {{"CARDV/"}, "there isn't required MOVIE directory"},
         {{"CARDV/MOVIE"}, "there isn't required MOVIE directory"}, // a file, not a folder
+        {{"Car/Other/Record/"}, "there isn't one of required directories"}, // two folders down is too deep
+        {{"Record/", "CARDV/"}, "there isn't required MOVIE directory"},     // a broken layout still says so
     };
     for (const auto& [entries, reason] : cases) {
         QString why;

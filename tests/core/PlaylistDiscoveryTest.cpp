@@ -6,6 +6,7 @@
 #include "logging/Logging.h"
 #include "support/ErrorOf.h"
 #include "support/RecordingFixtures.h"
+#include "support/StripeMedia.h"
 #include "support/TestSupport.h"
 
 #include <QDir>
@@ -122,6 +123,120 @@ TEST_F(PlaylistDiscoveryTest, finds_every_layout_with_its_category) {
     }
 }
 
+TEST_F(PlaylistDiscoveryTest, todays_layouts_pair_their_cameras_and_take_category_and_time_from_folder_and_name) {
+    struct Item {
+        const char* main;
+        const char* rear; // "" for none
+        std::size_t further;
+        std::uint32_t category;
+        QDateTime from;
+    };
+    struct Layout {
+        std::vector<const char*> files;
+        std::vector<Item> items; // in time order
+    };
+    const Layout layouts[] = {
+        {{"Record/20240307_140000_NF.mp4", "Record/20240307_140000_NR.mp4", "Record/20240307_140000_NI.mp4",
+          "Record/20240307_140100_PF.mp4", "Record/20240307_140200_EF.mp4", "Record/20240307_140200_ER.mp4"},
+         {{"Record/20240307_140000_NF.mp4", "Record/20240307_140000_NR.mp4", 1, Playlist::Normal, localTime(14, 0, 0)},
+          {"Record/20240307_140100_PF.mp4", "", 0, Playlist::Parking, localTime(14, 1, 0)},
+          {"Record/20240307_140200_EF.mp4", "Record/20240307_140200_ER.mp4", 0, Playlist::Event, localTime(14, 2, 0)}}},
+        {{"DCIM/Movie/2024_0307_140000_0001F.MP4", "DCIM/Movie/2024_0307_140000_0002R.MP4",
+          "DCIM/Movie/RO/2024_0307_140100_0003A.MP4", "DCIM/Movie/RO/2024_0307_140100_0003B.MP4",
+          "DCIM/Movie/Parking/2024_0307_140200_0004PF.MP4"},
+         {{"DCIM/Movie/2024_0307_140000_0001F.MP4", "DCIM/Movie/2024_0307_140000_0002R.MP4", 0, Playlist::Normal,
+           localTime(14, 0, 0)},
+          {"DCIM/Movie/RO/2024_0307_140100_0003A.MP4", "DCIM/Movie/RO/2024_0307_140100_0003B.MP4", 0, Playlist::Event,
+           localTime(14, 1, 0)},
+          {"DCIM/Movie/Parking/2024_0307_140200_0004PF.MP4", "", 0, Playlist::Parking, localTime(14, 2, 0)}}},
+        {{"DCIM/NO20240307-140000-000001F.MP4", "DCIM/NO20240307-140000-000001B.MP4",
+          "DCIM/EV20240307-140100-000002F.MP4", "DCIM/PA20240307-140200-000003F.MP4"},
+         {{"DCIM/NO20240307-140000-000001F.MP4", "DCIM/NO20240307-140000-000001B.MP4", 0, Playlist::Normal,
+           localTime(14, 0, 0)},
+          {"DCIM/EV20240307-140100-000002F.MP4", "", 0, Playlist::Event, localTime(14, 1, 0)},
+          {"DCIM/PA20240307-140200-000003F.MP4", "", 0, Playlist::Parking, localTime(14, 2, 0)}}},
+        {{"Car/RecentClips/2024-03-07/2024-03-07_14-00-00-front.mp4",
+          "Car/RecentClips/2024-03-07/2024-03-07_14-00-00-back.mp4",
+          "Car/RecentClips/2024-03-07/2024-03-07_14-00-00-left_repeater.mp4",
+          "Car/RecentClips/2024-03-07/2024-03-07_14-00-00-right_repeater.mp4",
+          "Car/SavedClips/2024-03-07_14-01-30/2024-03-07_14-01-00-front.mp4",
+          "SentryClips/2024-03-07_14-02-30/2024-03-07_14-02-00-left_repeater.mp4",
+          "SentryClips/2024-03-07_14-02-30/2024-03-07_14-02-00-right_repeater.mp4"},
+         {{"Car/RecentClips/2024-03-07/2024-03-07_14-00-00-front.mp4",
+           "Car/RecentClips/2024-03-07/2024-03-07_14-00-00-back.mp4", 2, Playlist::Normal, localTime(14, 0, 0)},
+          {"Car/SavedClips/2024-03-07_14-01-30/2024-03-07_14-01-00-front.mp4", "", 0, Playlist::Event,
+           localTime(14, 1, 0)},
+          // Without the front and back cameras the first further one stands for the recording.
+          {"SentryClips/2024-03-07_14-02-30/2024-03-07_14-02-00-left_repeater.mp4", "", 1, Playlist::Parking,
+           localTime(14, 2, 0)}}},
+    };
+    for (const Layout& layout : layouts) {
+        QTemporaryDir card;
+        SCOPED_TRACE(layout.files.front());
+        for (const char* file : layout.files)
+            placeVideo(card.filePath(file));
+        testsupport::LogCapture capture;
+        PlaylistDiscovery discovery(&PlaylistLoader::probeVideo);
+        const auto items = discovery.fromDirectory(card.path());
+        ASSERT_EQ(items.size(), layout.items.size());
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            const Item& expected = layout.items[i];
+            SCOPED_TRACE(expected.main);
+            EXPECT_EQ(items[i]->mainVideo.filePath(), card.filePath(expected.main));
+            EXPECT_EQ(items[i]->rearVideo ? items[i]->rearVideo->filePath() : QString(),
+                      *expected.rear ? card.filePath(expected.rear) : QString());
+            EXPECT_EQ(items[i]->furtherVideos.size(), expected.further);
+            EXPECT_EQ(items[i]->category, expected.category);
+            EXPECT_EQ(items[i]->from, expected.from);
+            EXPECT_EQ(items[i]->timeSource, Playlist::TimeSource::ByFileName);
+        }
+        // The further cameras are told about once a folder (here: a folder for each such item), not once a file.
+        const auto withFurther = std::count_if(layout.items.begin(), layout.items.end(),
+                                               [](const Item& item) { return item.further > 0; });
+        EXPECT_EQ(capture.linesContaining("kept with their recordings, not played").size(),
+                  static_cast<std::size_t>(withFurther));
+        // A single file opened finds the same companions.
+        const auto single = discovery.fromFile(card.filePath(layout.items.front().main));
+        ASSERT_EQ(single.size(), 1u);
+        EXPECT_EQ(single[0]->rearVideo.has_value(), *layout.items.front().rear != '\0');
+        EXPECT_EQ(single[0]->furtherVideos.size(), layout.items.front().further);
+        EXPECT_EQ(single[0]->category, layout.items.front().category);
+    }
+}
+
+TEST_F(PlaylistDiscoveryTest, recordings_without_a_dated_one_take_the_container_time_or_the_file_time) {
+    // The container's creation time (UTC), as a phone or a camera writes it.
+    testsupport::runFfmpeg({"-i", testsupport::tinyVideo(2), "-c", "copy", "-metadata",
+                            "creation_time=2024-03-07T13:05:09.000000Z", path("holiday.mp4")});
+    // No creation time: the file was last written when the recording ended.
+    ASSERT_TRUE(QFile::copy(testsupport::tinyVideo(2), path("beach.MOV")));
+    const QDateTime written = QDateTime::fromSecsSinceEpoch(
+        QDateTime(QDate(2024, 3, 7), QTime(12, 0, 2), Qt::UTC).toSecsSinceEpoch(), Qt::LocalTime);
+    {
+        QFile file(path("beach.MOV"));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(file.setFileTime(written, QFileDevice::FileModificationTime));
+    }
+    testsupport::LogCapture capture;
+    logging::setLevel(logging::DEBUG);
+    const auto items = discover();
+    ASSERT_EQ(items.size(), 2u);
+    EXPECT_EQ(fileName(items[0]), "beach.MOV");
+    EXPECT_EQ(items[0]->timeSource, Playlist::TimeSource::ByModificationTime);
+    EXPECT_EQ(items[0]->from, written.addSecs(-2));
+    EXPECT_EQ(items[0]->to, written);
+    EXPECT_EQ(fileName(items[1]), "holiday.mp4");
+    EXPECT_EQ(items[1]->timeSource, Playlist::TimeSource::ByCreationTime);
+    EXPECT_EQ(items[1]->from, QDateTime(QDate(2024, 3, 7), QTime(13, 5, 9), Qt::UTC).toLocalTime());
+    EXPECT_EQ(capture.linesContaining("ByCreationTime '" + path("holiday.mp4").toStdString()).size(), 1u);
+    EXPECT_EQ(capture.linesContaining("ByModificationTime '" + path("beach.MOV").toStdString()).size(), 1u);
+    // A single such video opens too, and one dated recording leaves the others to be placed by it.
+    EXPECT_EQ(PlaylistDiscovery(&PlaylistLoader::probeVideo).fromFile(path("holiday.mp4")).at(0)->timeSource,
+              Playlist::TimeSource::ByCreationTime);
+    placeVideo(path("2024_0307_100000_F.MP4"), 2);
+    EXPECT_EQ(discover().at(1)->timeSource, Playlist::TimeSource::ByPrev);
+}
+
 TEST_F(PlaylistDiscoveryTest, plain_directory_of_videos_is_scanned_itself) {
     placeVideo(path("2024_0307_101300_F.MP4"));
     placeVideo(path("sub/2024_0307_101400_F.MP4"));
@@ -135,8 +250,12 @@ TEST_F(PlaylistDiscoveryTest, fails_without_videos_or_without_a_dated_one) {
     testsupport::writeFile(path("Normal/notes.txt"), "x");
     testsupport::writeFile(path("Normal/2024_0307_140509_F.NMEA"), "");
     EXPECT_EQ(failureOf(), "Nothing found");
-    placeVideo(path("Normal/clip one.MP4"));
-    placeVideo(path("Normal/clip two.MP4"));
+    // Neither name, track, container nor file time: a file last written in 1970 is a clock never set.
+    ASSERT_TRUE(QFile::copy(testsupport::tinyVideo(1), path("Normal/clip.MP4")));
+    QFile file(path("Normal/clip.MP4"));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.setFileTime(QDateTime::fromSecsSinceEpoch(60), QFileDevice::FileModificationTime));
+    file.close();
     EXPECT_EQ(failureOf(), "Files not contain any valid GPS position.");
 }
 

@@ -36,6 +36,19 @@ bool doesNotFit(const QString& path, const char* reason, QString* reasonOut) {
 
 bool isReadableDirectory(const QFileInfo& info) { return info.isDir() && info.isReadable(); }
 
+// The folders today's cameras keep their recordings in where the card holds none of the folders above: a
+// Record folder, the clip folders of cars that record to a USB drive, and the same one folder down, inside
+// a folder of the camera's own name.
+bool isTodaysCameraFolder(const QString& name) {
+    return name == QLatin1String("Record") || name == QLatin1String("RecentClips") ||
+           name == QLatin1String("SavedClips") || name == QLatin1String("SentryClips");
+}
+bool holdsTodaysCameraFolder(const QString& path) {
+    const QFileInfoList children = QDir(path).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Unsorted);
+    return std::any_of(children.begin(), children.end(),
+                       [](const QFileInfo& child) { return isTodaysCameraFolder(child.fileName()); });
+}
+
 QFileInfoList subdirectories(const QString& path) {
     return QDir(path).entryInfoList(QDir::Dirs | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Unsorted);
 }
@@ -58,6 +71,7 @@ bool IsSuitablePath(const QString& path, QString* reason) {
 
     bool hasVideo = false;
     bool hasCameraFolder = false;
+    bool hasTodaysLayout = false;
     int requiredCount = 0;
     for (const QFileInfo& entry : entries) {
         const QString name = entry.fileName();
@@ -90,13 +104,15 @@ bool IsSuitablePath(const QString& path, QString* reason) {
             // Normal and Event are both category and required folders; they count once each here.
             if (requiredFolders().contains(name))
                 ++requiredCount;
+            if (!hasTodaysLayout)
+                hasTodaysLayout = isTodaysCameraFolder(name) || holdsTodaysCameraFolder(entry.filePath());
         } else {
             const QString suffix = entry.suffix().toLower();
             if (suffix == QLatin1String("mp4") || suffix == QLatin1String("mov"))
                 hasVideo = true;
         }
     }
-    if (!hasVideo && !hasCameraFolder && requiredCount < requiredFolders().size())
+    if (!hasVideo && !hasCameraFolder && !hasTodaysLayout && requiredCount < requiredFolders().size())
         return doesNotFit(path, "there isn't one of required directories", reason);
     return true;
 }

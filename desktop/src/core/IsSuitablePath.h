@@ -4,7 +4,8 @@
 #include <QString>
 
 // True when `path` fits: a readable directory holding a recorder layout (DCIM, CARDV/MOVIE, "Lumicor DVR",
-// DVRlocked, camera folders F or R, the Normal/Event/Photo folders) or video files. On false the reason is
+// DVRlocked, camera folders F or R, the Normal/Event/Photo folders, a Record folder or the RecentClips,
+// SavedClips and SentryClips folders, at the root or one folder down) or video files. On false the reason is
 // logged under "ui.IsSuitablePath" as "Path <path> does not fit: <reason>". No other side effect.
 bool IsSuitablePath(const QString& path);
 // The same, also handing back the reason when the path does not fit.

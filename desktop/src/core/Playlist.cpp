@@ -27,6 +27,8 @@ const char* Playlist::timeSourceName(TimeSource source) {
     case TimeSource::ByTrackAndOffset: return "ByTrackAndOffset";
     case TimeSource::ByPrev: return "ByPrev";
     case TimeSource::ByNext: return "ByNext";
+    case TimeSource::ByCreationTime: return "ByCreationTime";
+    case TimeSource::ByModificationTime: return "ByModificationTime";
     }
     return "None";
 }

@@ -25,8 +25,12 @@ public:
     };
 
     // How a raw item got its interval: from its file name, from its track (with the offset of the fixes
-    // missing at its start), or from the item before or after it.
-    enum class TimeSource : std::uint8_t { None, ByFileName, ByTrack, ByTrackAndOffset, ByPrev, ByNext };
+    // missing at its start), or from the item before or after it. Where none of a load's recordings is
+    // dated that way, each takes the creation time its container states, or else the time its file was
+    // last written less its duration.
+    enum class TimeSource : std::uint8_t {
+        None, ByFileName, ByTrack, ByTrackAndOffset, ByPrev, ByNext, ByCreationTime, ByModificationTime
+    };
     static const char* timeSourceName(TimeSource source);
 
     // Why a recording cannot be played, found while its length is read: its index lost (a camera that lost
@@ -36,6 +40,7 @@ public:
     struct RawItem {
         QFileInfo mainVideo;
         std::optional<QFileInfo> rearVideo;
+        std::vector<QFileInfo> furtherVideos; // cameras beyond the first two (interior, sides): not played yet
         std::uint32_t category = Normal;
         QDateTime from;
         QDateTime to;

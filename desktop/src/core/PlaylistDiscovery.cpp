@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QHash>
 #include <QSet>
 
 #include <algorithm>
@@ -27,6 +28,11 @@ struct CategoryFolder {
 };
 constexpr CategoryFolder kCategoryFolders[] = {
     {Playlist::Normal, "Normal/"}, {Playlist::Parking, "Parking/"}, {Playlist::Event, "Event/"}};
+
+// The clip folders of cars that record to a USB drive.
+constexpr const char* kRecentClips = "RecentClips";
+constexpr const char* kSavedClips = "SavedClips";
+constexpr const char* kParkedClips = "SentryClips";
 
 // Share of the discovery's progress each stage ends at.
 constexpr int kListedPercent = 5;
@@ -65,12 +71,79 @@ struct PlaylistDiscovery::Entry {
     std::uint32_t category = Playlist::Normal;
     QString trackPath; // empty: no track file beside the video
     int folder = 0;    // position of its folder in the scanning order
+    std::vector<QFileInfo> furtherVideos;
 };
 
 struct PlaylistDiscovery::Probe {
     VideoProbe video;
     std::optional<TrackLoader::Result> track;
 };
+
+namespace {
+
+constexpr qint64 kMaxDaysFromNow = 18250; // as for the times in names: further off is a clock never set
+
+// Where no recording of a load could be dated by its name or its track (videos copied off a phone, a camera
+// whose names carry no date), each takes the creation time its container states, or else the time its file
+// was last written (when the recording ended) less its duration; in whole seconds, as the other times.
+template <typename Items, typename Probes>
+void dateByFileTimes(Items& items, const Probes& probes) {
+    const QDateTime now = QDateTime::currentDateTime();
+    const auto plausible = [&](const QDateTime& time) {
+        return time.isValid() && std::abs(time.daysTo(now)) < kMaxDaysFromNow;
+    };
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        Playlist::RawItem& item = *items[i];
+        const QDateTime created = probes[i].video.creationTime;
+        const QDateTime written = item.mainVideo.lastModified();
+        if (plausible(created)) {
+            item.from = QDateTime::fromSecsSinceEpoch(created.toSecsSinceEpoch(), Qt::LocalTime);
+            item.timeSource = Playlist::TimeSource::ByCreationTime;
+        } else if (plausible(written)) {
+            const qint64 endSeconds = written.toSecsSinceEpoch();
+            item.from = QDateTime::fromSecsSinceEpoch(endSeconds - item.durationMs / 1000, Qt::LocalTime);
+            item.timeSource = Playlist::TimeSource::ByModificationTime;
+        } else {
+            continue;
+        }
+        item.to = item.from.addMSecs(item.durationMs > 0 ? item.durationMs : item.length * 1000);
+        LOG_DEBUG(kLogger, "{} {}", Playlist::timeSourceName(item.timeSource), describe(item).toStdString());
+    }
+}
+
+// The folders of the cameras whose layouts do not start at the card's root, below `base` (the root, or a
+// folder of the camera's own name inside it): a Record folder, and the clip folders of cars that record to a
+// USB drive, whose recent clips lie in a folder per day and whose kept ones in a folder per event.
+void appendClipFolders(const QString& base, std::vector<PlaylistDiscovery::Folder>& folders) {
+    folders.push_back({base + "/Record/", Playlist::Normal});
+    const std::pair<const char*, std::uint32_t> clipFolders[] = {
+        {kRecentClips, Playlist::Normal}, {kSavedClips, Playlist::Event}, {kParkedClips, Playlist::Parking}};
+    for (const auto& [name, category] : clipFolders) {
+        const QString path = base + "/" + name;
+        folders.push_back({path + "/", category});
+        for (const QString& day : QDir(path).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name))
+            folders.push_back({path + "/" + day + "/", category});
+    }
+}
+
+bool holdsClipFolders(const QString& path) {
+    for (const char* name : {"Record", kRecentClips, kSavedClips, kParkedClips})
+        if (isReadableDirectory(path + "/" + name))
+            return true;
+    return false;
+}
+
+void appendTodaysLayouts(const QString& root, std::vector<PlaylistDiscovery::Folder>& folders) {
+    folders.push_back({root + "/DCIM/Movie/", Playlist::Normal});
+    folders.push_back({root + "/DCIM/Movie/RO/", Playlist::Event});
+    folders.push_back({root + "/DCIM/Movie/Parking/", Playlist::Parking});
+    appendClipFolders(root, folders);
+    for (const QString& sub : QDir(root).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name))
+        if (holdsClipFolders(root + "/" + sub))
+            appendClipFolders(root + "/" + sub, folders);
+}
+
+} // namespace
 
 PlaylistDiscovery::PlaylistDiscovery(ProbeFunction probe, ProgressFunction progress, const std::atomic_bool* cancel)
     : m_probe(std::move(probe)), m_progress(std::move(progress)), m_cancel(cancel) {}
@@ -103,6 +176,7 @@ std::vector<PlaylistDiscovery::Folder> PlaylistDiscovery::layoutFolders(const QS
     candidates.push_back({root + "/Lumicor DVR/", Playlist::Normal});
     candidates.push_back({root + "/Lumicor DVR/DVRlocked", Playlist::Event});
     candidates.push_back({root + "/DVRlocked", Playlist::Event});
+    appendTodaysLayouts(root, candidates);
 
     std::vector<Folder> folders;
     for (const Folder& folder : candidates) {
@@ -115,12 +189,21 @@ std::vector<PlaylistDiscovery::Folder> PlaylistDiscovery::layoutFolders(const QS
 }
 
 std::uint32_t PlaylistDiscovery::categoryOfFolderName(const QString& folderName) {
-    if (folderName == QLatin1String("Parking"))
+    if (folderName == QLatin1String("Parking") || folderName == QLatin1String(kParkedClips))
         return Playlist::Parking;
     if (folderName == QLatin1String("Event") || folderName == QLatin1String("SOS") ||
-        folderName == QLatin1String("RO") || folderName == QLatin1String("DVRlocked"))
+        folderName == QLatin1String("RO") || folderName == QLatin1String("DVRlocked") ||
+        folderName == QLatin1String(kSavedClips))
         return Playlist::Event;
     return Playlist::Normal;
+}
+
+std::uint32_t PlaylistDiscovery::categoryOfFolder(const QDir& folder) {
+    const std::uint32_t own = categoryOfFolderName(folder.dirName());
+    if (own != Playlist::Normal)
+        return own;
+    QDir parent(folder);
+    return parent.cdUp() ? categoryOfFolderName(parent.dirName()) : own;
 }
 
 std::optional<QFileInfo> PlaylistDiscovery::rearVideoOf(const QFileInfo& mainVideo) {
@@ -136,9 +219,6 @@ std::optional<QFileInfo> PlaylistDiscovery::rearVideoOf(const QFileInfo& mainVid
 std::vector<PlaylistDiscovery::Entry> PlaylistDiscovery::listFolder(const Folder& folder) const {
     const QDir dir(folder.path);
     const QFileInfoList videos = listFiles(dir, kVideoSuffixes);
-    QSet<QString> videoNames;
-    for (const QFileInfo& video : videos)
-        videoNames.insert(video.fileName());
     QSet<QString> trackNames;
     for (const QFileInfo& track : listFiles(dir, kTrackSuffixes))
         trackNames.insert(track.fileName());
@@ -151,31 +231,78 @@ std::vector<PlaylistDiscovery::Entry> PlaylistDiscovery::listFolder(const Folder
         return {};
     };
 
-    // Main-camera files first claim their rear-camera partners.
-    std::vector<Entry> entries;
-    QSet<QString> claimedRears;
-    for (const QFileInfo& video : videos) {
-        const QString baseName = video.baseName();
-        if (baseName.endsWith(QLatin1Char('R')))
-            continue;
-        Entry entry{video, std::nullopt, folder.category, trackOf(baseName)};
-        const QString rearName = baseName.chopped(1) + "R." + video.completeSuffix();
-        if (!baseName.isEmpty() && rearName != video.fileName() && videoNames.contains(rearName)) {
-            entry.rearVideo = QFileInfo(dir, rearName);
-            claimedRears.insert(rearName);
+    // The files of one recording share their name but for the camera (and the suffix as it is written).
+    struct Recording {
+        std::vector<int> mains, rears, further;
+    };
+    QHash<QString, Recording> recordings;
+    std::vector<RecordingCamera> cameras;
+    cameras.reserve(videos.size());
+    for (int i = 0; i < videos.size(); ++i) {
+        cameras.push_back(cameraOfFileName(videos[i].baseName()));
+        Recording& recording = recordings[cameras.back().recording + '.' + videos[i].completeSuffix()];
+        switch (cameras.back().role) {
+        case RecordingCamera::Role::Main: recording.mains.push_back(i); break;
+        case RecordingCamera::Role::Rear: recording.rears.push_back(i); break;
+        case RecordingCamera::Role::Further: recording.further.push_back(i); break;
         }
+    }
+    auto entryOf = [&](int video) {
+        // A name that states parking or an event says more than a folder of normal recordings.
+        const std::uint32_t named = cameras[video].category.value_or(Playlist::Normal);
+        const std::uint32_t category = folder.category == Playlist::Normal ? named : folder.category;
+        return Entry{videos[video], std::nullopt, category, trackOf(videos[video].baseName())};
+    };
+    std::vector<Entry> entries;
+    std::vector<int> furtherKept;
+    auto keepFurther = [&](Entry& entry, const Recording& recording, std::size_t from) {
+        for (std::size_t k = from; k < recording.further.size(); ++k) {
+            const int video = recording.further[k];
+            LOG_DEBUG(kLogger, "Camera '{}' of '{}' is kept with its recording, not played",
+                      cameras[video].camera.toStdString(), entry.mainVideo.filePath().toStdString());
+            entry.furtherVideos.push_back(videos[video]);
+            furtherKept.push_back(video);
+        }
+    };
+
+    // Main-camera files first claim their rear-camera partners and the further cameras.
+    QSet<int> claimed;
+    for (int i = 0; i < videos.size(); ++i) {
+        if (cameras[i].role != RecordingCamera::Role::Main)
+            continue;
+        const Recording& recording = recordings[cameras[i].recording + '.' + videos[i].completeSuffix()];
+        Entry entry = entryOf(i);
+        if (!recording.rears.empty()) {
+            entry.rearVideo = videos[recording.rears.front()];
+            claimed.insert(recording.rears.front());
+        }
+        if (recording.mains.front() == i)
+            keepFurther(entry, recording, 0);
         entries.push_back(std::move(entry));
     }
     // A rear-camera file without a main-camera partner is still a recording the user must be able to
-    // see, so it becomes an item of its own.
-    for (const QFileInfo& video : videos) {
-        const QString baseName = video.baseName();
-        if (!baseName.endsWith(QLatin1Char('R')) || claimedRears.contains(video.fileName()))
+    // see, so it becomes an item of its own; so does a further camera's file of a recording without both.
+    for (int i = 0; i < videos.size(); ++i) {
+        const RecordingCamera::Role role = cameras[i].role;
+        if (role == RecordingCamera::Role::Main || claimed.contains(i))
             continue;
-        LOG_DEBUG(kLogger, "Rear-camera file '{}' has no main-camera file, listed on its own",
-                  video.filePath().toStdString());
-        entries.push_back(Entry{video, std::nullopt, folder.category, trackOf(baseName)});
+        const Recording& recording = recordings[cameras[i].recording + '.' + videos[i].completeSuffix()];
+        if (!recording.mains.empty() && role == RecordingCamera::Role::Further)
+            continue; // kept above
+        if (role == RecordingCamera::Role::Further && (!recording.rears.empty() || recording.further.front() != i))
+            continue; // kept with the rear file, or with the first further camera
+        LOG_DEBUG(kLogger, "{} file '{}' has no main-camera file, listed on its own",
+                  role == RecordingCamera::Role::Rear ? "Rear-camera" : "Camera", videos[i].filePath().toStdString());
+        Entry entry = entryOf(i);
+        if (role == RecordingCamera::Role::Further)
+            keepFurther(entry, recording, 1);
+        else if (recording.rears.front() == i)
+            keepFurther(entry, recording, 0);
+        entries.push_back(std::move(entry));
     }
+    if (!furtherKept.empty())
+        LOG_INFO(kLogger, "{} files of cameras beyond the first two in '{}' are kept with their recordings, not played",
+                 furtherKept.size(), folder.path.toStdString());
     return entries;
 }
 
@@ -217,17 +344,28 @@ Playlist::RawItems PlaylistDiscovery::fromFile(const QString& videoPath) {
         LOG_ERROR(kLogger, "Video file '{}' is not a readable file", videoPath.toStdString());
         throw std::runtime_error(kNothingFound);
     }
-    Entry entry{video, rearVideoOf(video), categoryOfFolderName(video.dir().dirName()), {}};
-    LOG_DEBUG(kLogger, "Track file base name: {}", video.baseName().toStdString());
-    for (const char* suffix : {".nmea", ".NMEA"}) {
-        const QFileInfo track(video.dir(), video.baseName() + suffix);
-        if (track.isFile() && track.isReadable()) {
-            entry.trackPath = track.filePath();
+    // The file's recording as its folder lists it: its rear and further cameras and its track.
+    std::vector<Entry> entries;
+    for (Entry& entry : listFolder({video.path(), categoryOfFolder(video.dir())})) {
+        if (entry.mainVideo.fileName() == video.fileName()) {
+            entry.mainVideo = video; // the path as given
+            entries.push_back(std::move(entry));
             break;
         }
     }
-    std::vector<Entry> entries;
-    entries.push_back(std::move(entry));
+    // Not the main file of a recording there (a rear camera's file, a video of another format): on its own.
+    if (entries.empty()) {
+        Entry entry{video, rearVideoOf(video), categoryOfFolder(video.dir()), {}};
+        LOG_DEBUG(kLogger, "Track file base name: {}", video.baseName().toStdString());
+        for (const char* suffix : {".nmea", ".NMEA"}) {
+            const QFileInfo track(video.dir(), video.baseName() + suffix);
+            if (track.isFile() && track.isReadable()) {
+                entry.trackPath = track.filePath();
+                break;
+            }
+        }
+        entries.push_back(std::move(entry));
+    }
     return buildItems(std::move(entries));
 }
 
@@ -274,6 +412,7 @@ Playlist::RawItems PlaylistDiscovery::buildItems(std::vector<Entry> entries) {
         auto item = std::make_shared<Playlist::RawItem>();
         item->mainVideo = entry.mainVideo;
         item->rearVideo = entry.rearVideo;
+        item->furtherVideos = entry.furtherVideos;
         item->category = entry.category;
         const std::int64_t durationMs = probe.video.durationMs;
         item->durationMs = durationMs;
@@ -322,6 +461,8 @@ Playlist::RawItems PlaylistDiscovery::buildItems(std::vector<Entry> entries) {
         items.push_back(std::move(item));
     }
 
+    if (std::none_of(items.begin(), items.end(), [](const auto& item) { return item->hasValidInterval(); }))
+        dateByFileTimes(items, probes);
     if (std::none_of(items.begin(), items.end(), [](const auto& item) { return item->hasValidInterval(); })) {
         LOG_ERROR(kLogger, "None of {} videos could be dated", items.size());
         throw std::runtime_error(kNoneDated);

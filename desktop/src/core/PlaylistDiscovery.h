@@ -3,6 +3,8 @@
 
 #include "core/Playlist.h"
 
+#include <QDateTime>
+#include <QDir>
 #include <QFileInfo>
 #include <QString>
 
@@ -36,6 +38,7 @@ public:
         std::int64_t durationMs = 0; // 0: unknown
         Playlist::Damage damage = Playlist::Damage::None;
         QString damageDetail;
+        QDateTime creationTime; // as the container states it; invalid when it states none
     };
     using ProbeFunction = std::function<VideoProbe(const QString& videoPath)>;
     using DurationFunction = std::function<std::int64_t(const QString& videoPath)>; // milliseconds, 0 unknown
@@ -73,6 +76,8 @@ public:
     static std::vector<Folder> layoutFolders(const QString& root);
     // The category of a single file, guessed from the name of its folder as the layouts name them.
     static std::uint32_t categoryOfFolderName(const QString& folderName);
+    // The same for a folder that may be a folder of the day or the event inside a category's folder.
+    static std::uint32_t categoryOfFolder(const QDir& folder);
     // The rear-camera file that belongs to a main-camera file: same folder, the base name's last character
     // replaced by "R". Nothing when it does not exist or would be the main file itself.
     static std::optional<QFileInfo> rearVideoOf(const QFileInfo& mainVideo);

@@ -70,6 +70,9 @@ PlaylistDiscovery::VideoProbe PlaylistLoader::probeVideo(const QString& path) {
     if (context->duration == AV_NOPTS_VALUE && (result = avformat_find_stream_info(context, nullptr)) < 0)
         return unplayable(result);
     probe.durationMs = context->duration == AV_NOPTS_VALUE ? 0 : context->duration / 1000;
+    // "2024-03-07T14:05:09.000000Z": the moment the recording began, as the camera's clock had it.
+    if (const AVDictionaryEntry* created = av_dict_get(context->metadata, "creation_time", nullptr, 0))
+        probe.creationTime = QDateTime::fromString(QString::fromLatin1(created->value), Qt::ISODateWithMs);
     return probe;
 }
 
