@@ -4,6 +4,7 @@
 
 #include "CutFixture.h"
 #include "logging/Logging.h"
+#include "support/StripeMedia.h"
 #include "support/TestSupport.h"
 
 
@@ -190,4 +191,41 @@ TEST_F(RemuxerTest, full_disk_fails_once_and_leaves_nothing) {
     EXPECT_EQ(run.endSignals(), 1);
     EXPECT_FALSE(log.linesContaining("Failed to remuxe to").empty());
     EXPECT_TRUE(disk.entries().isEmpty()) << disk.entries().join(", ").toStdString();
+}
+
+TEST_F(RemuxerTest, streams_a_container_cannot_hold_are_left_out_with_one_line_each) {
+    // A camera file with a text track (GPS sentences as timed text) and a time-code track beside its picture
+    // and sound.
+    const QString source = output("telemetry.mp4");
+    const QString text = output("gps.srt");
+    QFile srt(text);
+    ASSERT_TRUE(srt.open(QIODevice::WriteOnly));
+    srt.write("1\n00:00:00,000 --> 00:00:02,000\n$GPRMC,100000.00,A,5000.0,N,01400.0,E,0.0,0.0,010524,,,A*00\n");
+    srt.close();
+    testsupport::runFfmpeg({"-i", Media::instance().path("main0.mp4"), "-i", text, "-map", "0", "-map", "1", "-c",
+                            "copy", "-c:s", "mov_text", "-timecode", "10:00:00:00", source});
+    auto item = std::make_shared<Playlist::RawItem>(*Media::instance().items()[0]);
+    item->mainVideo = QFileInfo(source);
+    ASSERT_EQ(testsupport::probeStreams(source).size(), 4u);
+
+    const struct {
+        const char* container;
+        int subtitles; // the text track kept
+        std::size_t leftOut;
+    } cases[] = {{"mp4", 1, 1}, {"mov", 1, 1}, {"mkv", 0, 2}, {"avi", 0, 2}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.container);
+        testsupport::LogCapture log;
+        const QString file = output(QStringLiteral("telemetry-cut.") + c.container);
+        Remuxer remuxer({item}, {at(0.0), at(2.0)}, settings(file));
+        EncoderRun run(remuxer);
+        ASSERT_EQ(run.doneTrue, 1) << remuxer.failureReason().toStdString();
+        const auto streams = testsupport::probeStreams(file);
+        EXPECT_EQ(countOf(streams, "video"), 1);
+        EXPECT_EQ(countOf(streams, "audio"), 1);
+        EXPECT_EQ(countOf(streams, "subtitle"), c.subtitles);
+        EXPECT_EQ(log.linesContaining("is left out").size(), c.leftOut);
+        EXPECT_EQ(log.linesContaining("Stream #3 (data 'tmcd') is left out").size(), 1u);
+        EXPECT_GT(testsupport::probeDuration(file), 1.5);
+    }
 }
