@@ -8,10 +8,10 @@
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QHash>
 #include <QSet>
 
 #include <algorithm>
+#include <unordered_map>
 
 namespace {
 
@@ -235,12 +235,14 @@ std::vector<PlaylistDiscovery::Entry> PlaylistDiscovery::listFolder(const Folder
     struct Recording {
         std::vector<int> mains, rears, further;
     };
-    QHash<QString, Recording> recordings;
+    std::unordered_map<QString, Recording> recordings;
     std::vector<RecordingCamera> cameras;
+    std::vector<const Recording*> recordingOf; // per video
     cameras.reserve(videos.size());
     for (int i = 0; i < videos.size(); ++i) {
         cameras.push_back(cameraOfFileName(videos[i].baseName()));
         Recording& recording = recordings[cameras.back().recording + '.' + videos[i].completeSuffix()];
+        recordingOf.push_back(&recording); // stays where it is while the map grows
         switch (cameras.back().role) {
         case RecordingCamera::Role::Main: recording.mains.push_back(i); break;
         case RecordingCamera::Role::Rear: recording.rears.push_back(i); break;
@@ -251,30 +253,30 @@ std::vector<PlaylistDiscovery::Entry> PlaylistDiscovery::listFolder(const Folder
         // A name that states parking or an event says more than a folder of normal recordings.
         const std::uint32_t named = cameras[video].category.value_or(Playlist::Normal);
         const std::uint32_t category = folder.category == Playlist::Normal ? named : folder.category;
-        return Entry{videos[video], std::nullopt, category, trackOf(videos[video].baseName())};
+        return Entry{videos[video], std::nullopt, category, trackOf(videos[video].baseName()), 0, {}};
     };
     std::vector<Entry> entries;
-    std::vector<int> furtherKept;
+    int furtherKept = 0;
     auto keepFurther = [&](Entry& entry, const Recording& recording, std::size_t from) {
         for (std::size_t k = from; k < recording.further.size(); ++k) {
             const int video = recording.further[k];
             LOG_DEBUG(kLogger, "Camera '{}' of '{}' is kept with its recording, not played",
                       cameras[video].camera.toStdString(), entry.mainVideo.filePath().toStdString());
             entry.furtherVideos.push_back(videos[video]);
-            furtherKept.push_back(video);
+            ++furtherKept;
         }
     };
 
     // Main-camera files first claim their rear-camera partners and the further cameras.
-    QSet<int> claimed;
+    std::vector<bool> claimed(videos.size(), false);
     for (int i = 0; i < videos.size(); ++i) {
         if (cameras[i].role != RecordingCamera::Role::Main)
             continue;
-        const Recording& recording = recordings[cameras[i].recording + '.' + videos[i].completeSuffix()];
+        const Recording& recording = *recordingOf[i];
         Entry entry = entryOf(i);
         if (!recording.rears.empty()) {
             entry.rearVideo = videos[recording.rears.front()];
-            claimed.insert(recording.rears.front());
+            claimed[recording.rears.front()] = true;
         }
         if (recording.mains.front() == i)
             keepFurther(entry, recording, 0);
@@ -284,9 +286,9 @@ std::vector<PlaylistDiscovery::Entry> PlaylistDiscovery::listFolder(const Folder
     // see, so it becomes an item of its own; so does a further camera's file of a recording without both.
     for (int i = 0; i < videos.size(); ++i) {
         const RecordingCamera::Role role = cameras[i].role;
-        if (role == RecordingCamera::Role::Main || claimed.contains(i))
+        if (role == RecordingCamera::Role::Main || claimed[i])
             continue;
-        const Recording& recording = recordings[cameras[i].recording + '.' + videos[i].completeSuffix()];
+        const Recording& recording = *recordingOf[i];
         if (!recording.mains.empty() && role == RecordingCamera::Role::Further)
             continue; // kept above
         if (role == RecordingCamera::Role::Further && (!recording.rears.empty() || recording.further.front() != i))
@@ -300,9 +302,9 @@ std::vector<PlaylistDiscovery::Entry> PlaylistDiscovery::listFolder(const Folder
             keepFurther(entry, recording, 0);
         entries.push_back(std::move(entry));
     }
-    if (!furtherKept.empty())
+    if (furtherKept > 0)
         LOG_INFO(kLogger, "{} files of cameras beyond the first two in '{}' are kept with their recordings, not played",
-                 furtherKept.size(), folder.path.toStdString());
+                 furtherKept, folder.path.toStdString());
     return entries;
 }
 
@@ -355,7 +357,7 @@ Playlist::RawItems PlaylistDiscovery::fromFile(const QString& videoPath) {
     }
     // Not the main file of a recording there (a rear camera's file, a video of another format): on its own.
     if (entries.empty()) {
-        Entry entry{video, rearVideoOf(video), categoryOfFolder(video.dir()), {}};
+        Entry entry{video, rearVideoOf(video), categoryOfFolder(video.dir()), {}, 0, {}};
         LOG_DEBUG(kLogger, "Track file base name: {}", video.baseName().toStdString());
         for (const char* suffix : {".nmea", ".NMEA"}) {
             const QFileInfo track(video.dir(), video.baseName() + suffix);
