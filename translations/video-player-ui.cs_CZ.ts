@@ -786,6 +786,34 @@ Chcete jej nahradit?</translation>
         <source>Recordings that cannot be played and are skipped:</source>
         <translation>Záznamy, které nelze přehrát, se přeskakují:</translation>
     </message>
+    <message>
+        <source>Time from the file name</source>
+        <translation>Čas z názvu souboru</translation>
+    </message>
+    <message>
+        <source>Time from the GPS track</source>
+        <translation>Čas ze záznamu trasy GPS</translation>
+    </message>
+    <message>
+        <source>Time from the GPS track, counted back from its first fix to the start of the recording</source>
+        <translation>Čas ze záznamu trasy GPS, odpočítaný zpět od první polohy k začátku záznamu</translation>
+    </message>
+    <message>
+        <source>Time unknown: placed right after the recording before it</source>
+        <translation>Čas neznámý: záznam zařazen hned za předchozí</translation>
+    </message>
+    <message>
+        <source>Time unknown: placed right before the recording after it</source>
+        <translation>Čas neznámý: záznam zařazen hned před následující</translation>
+    </message>
+    <message>
+        <source>Time from the creation time stored in the video</source>
+        <translation>Čas z času vytvoření uloženého ve videu</translation>
+    </message>
+    <message>
+        <source>Time from the file&apos;s modification time, less the length of the recording</source>
+        <translation>Čas změny souboru zmenšený o délku záznamu</translation>
+    </message>
 </context>
 <context>
     <name>PlaylistPane</name>

@@ -786,6 +786,34 @@ Czy chcesz go zastąpić?</translation>
         <source>Recordings that cannot be played and are skipped:</source>
         <translation>Nagrania, których nie można odtworzyć, są pomijane:</translation>
     </message>
+    <message>
+        <source>Time from the file name</source>
+        <translation>Czas z nazwy pliku</translation>
+    </message>
+    <message>
+        <source>Time from the GPS track</source>
+        <translation>Czas ze śladu GPS</translation>
+    </message>
+    <message>
+        <source>Time from the GPS track, counted back from its first fix to the start of the recording</source>
+        <translation>Czas ze śladu GPS, liczony wstecz od pierwszego pomiaru do początku nagrania</translation>
+    </message>
+    <message>
+        <source>Time unknown: placed right after the recording before it</source>
+        <translation>Czas nieznany: nagranie umieszczono tuż po poprzednim</translation>
+    </message>
+    <message>
+        <source>Time unknown: placed right before the recording after it</source>
+        <translation>Czas nieznany: nagranie umieszczono tuż przed następnym</translation>
+    </message>
+    <message>
+        <source>Time from the creation time stored in the video</source>
+        <translation>Czas z daty utworzenia zapisanej w filmie</translation>
+    </message>
+    <message>
+        <source>Time from the file&apos;s modification time, less the length of the recording</source>
+        <translation>Czas modyfikacji pliku pomniejszony o długość nagrania</translation>
+    </message>
 </context>
 <context>
     <name>PlaylistPane</name>

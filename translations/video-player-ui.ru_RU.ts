@@ -786,6 +786,34 @@ Do you want to replace it?</source>
         <source>Recordings that cannot be played and are skipped:</source>
         <translation>Записи, которые нельзя воспроизвести, пропускаются:</translation>
     </message>
+    <message>
+        <source>Time from the file name</source>
+        <translation>Время взято из имени файла</translation>
+    </message>
+    <message>
+        <source>Time from the GPS track</source>
+        <translation>Время взято из GPS-трека</translation>
+    </message>
+    <message>
+        <source>Time from the GPS track, counted back from its first fix to the start of the recording</source>
+        <translation>Время взято из GPS-трека и отсчитано назад от первой точки до начала записи</translation>
+    </message>
+    <message>
+        <source>Time unknown: placed right after the recording before it</source>
+        <translation>Время неизвестно: запись поставлена сразу после предыдущей</translation>
+    </message>
+    <message>
+        <source>Time unknown: placed right before the recording after it</source>
+        <translation>Время неизвестно: запись поставлена сразу перед следующей</translation>
+    </message>
+    <message>
+        <source>Time from the creation time stored in the video</source>
+        <translation>Время взято из времени создания, записанного в видео</translation>
+    </message>
+    <message>
+        <source>Time from the file&apos;s modification time, less the length of the recording</source>
+        <translation>Время изменения файла за вычетом длительности записи</translation>
+    </message>
 </context>
 <context>
     <name>PlaylistPane</name>

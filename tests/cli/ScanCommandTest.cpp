@@ -130,3 +130,33 @@ TEST(CheckCommand, tells_whether_a_path_fits_and_why_not) {
     EXPECT_EQ(notFits.exitCode, 1);
     EXPECT_EQ(notFits.out, other.path().toStdString() + ": does not fit: there isn't required MOVIE directory\n");
 }
+
+TEST(ScanCommand, reports_the_cameras_time_source_and_track_source_of_each_recording) {
+    QTemporaryDir card;
+    for (const char* camera : {"NF", "NR", "NI"})
+        placeVideo(card.filePath(QStringLiteral("Record/20240307_140000_%1.mp4").arg(camera)), 2);
+    const QString track = card.filePath("Record/20240307_140000_NF.nmea");
+    testsupport::writeTrack(track, testsupport::standingFixes(QDateTime(QDate(2024, 3, 7), QTime(13, 0), Qt::UTC), 2, 50.0, 14.0));
+
+    const CliResult text = runCli({"scan", card.path()});
+    ASSERT_EQ(text.exitCode, 0) << text.err;
+    EXPECT_THAT(text.out, HasSubstr("Raw items: 1\n"));
+    EXPECT_THAT(text.out, HasSubstr("normal (ByTrack)\n"));
+    EXPECT_THAT(text.out, HasSubstr("      other: " + card.filePath("Record/20240307_140000_NI.mp4").toStdString() +
+                                    "\n      cameras: NF, NR, NI (not played)\n      track: " + track.toStdString() +
+                                    " (2 positions)\n"));
+    const CliResult json = runCli({"scan", card.path(), "--json"});
+    const QJsonObject item =
+        QJsonDocument::fromJson(QByteArray::fromStdString(json.out)).object()["rawItems"].toArray()[0].toObject();
+    EXPECT_EQ(item["cameras"].toArray(), (QJsonArray{"NF", "NR", "NI"}));
+    EXPECT_EQ(item["further"].toArray(), QJsonArray{card.filePath("Record/20240307_140000_NI.mp4")});
+    EXPECT_EQ(item["trackSource"].toString(), "20240307_140000_NF.nmea");
+
+    // A video whose name gives no date, without track or creation time: timed by its file.
+    const QString holiday = card.filePath("holiday.mp4");
+    ASSERT_TRUE(QFile::copy(testsupport::tinyVideo(1), holiday));
+    const CliResult single = runCli({"scan", holiday});
+    ASSERT_EQ(single.exitCode, 0) << single.err;
+    EXPECT_THAT(single.out, HasSubstr("normal (ByModificationTime)\n"));
+    EXPECT_THAT(single.out, HasSubstr("      cameras: main\n      track: -\n"));
+}

@@ -10,6 +10,7 @@
 #include "ui/PlaylistView.h"
 #include "ui/QPlaylistTabWidget.h"
 
+#include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
@@ -78,10 +79,22 @@ TEST_F(PlaylistPaneTest, an_empty_folder_is_reported_and_no_second_load_starts_m
     EXPECT_THAT(answerer.texts[0], testing::StartsWith("In the path specified there are no video files"));
     EXPECT_FALSE(pane->isLoaded());
 
-    // A video whose name gives no time is there: the box says why it cannot be used.
-    testsupport::placeVideo(card.filePath("holiday.mp4"));
-    pane->loadFile(card.filePath("holiday.mp4"));
+    // A video whose name gives no time and whose file was last written in 1970 (a clock never set): the box
+    // says why it cannot be used.
+    ASSERT_TRUE(QFile::copy(testsupport::tinyVideo(1), card.filePath("clip.mp4")));
+    {
+        QFile clip(card.filePath("clip.mp4"));
+        ASSERT_TRUE(clip.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(clip.setFileTime(QDateTime::fromSecsSinceEpoch(60), QFileDevice::FileModificationTime));
+    }
+    pane->loadFile(card.filePath("clip.mp4"));
     ASSERT_TRUE(waitUntil([&] { return answerer.texts.size() == 2; }, 10000));
     EXPECT_THAT(answerer.texts[1], testing::StartsWith("None of the videos found could be dated"));
     EXPECT_FALSE(pane->isLoaded());
+
+    // One written lately opens, timed by its file.
+    testsupport::placeVideo(card.filePath("holiday.mp4"));
+    pane->loadFile(card.filePath("holiday.mp4"));
+    ASSERT_TRUE(waitUntil([&] { return pane->isLoaded(); }, 10000));
+    EXPECT_EQ(answerer.texts.size(), 2u);
 }

@@ -3,6 +3,7 @@
 #include "cli/CliCommand.h"
 #include "core/FileNames.h"
 #include "core/PlaylistLoader.h"
+#include "core/RecordingFileName.h"
 
 #include <QFileInfo>
 #include <QHash>
@@ -60,6 +61,31 @@ QList<int> rawItemIndices(const Playlist::RawItems& items, const QHash<const Pla
     return indices;
 }
 
+// The cameras of a recording as its file names give them ("NF", "back"; "main" and "rear" where a name
+// gives none); those beyond the first two are marked as not played.
+QStringList camerasOf(const Playlist::RawItem& item, bool markUnplayed) {
+    const auto name = [](const QFileInfo& file, const char* fallback) {
+        const QString camera = cameraOfFileName(file.baseName()).camera;
+        return camera.isEmpty() ? QString::fromLatin1(fallback) : camera;
+    };
+    QStringList cameras{name(item.mainVideo, "main")};
+    if (item.rearVideo)
+        cameras.append(name(*item.rearVideo, "rear"));
+    for (const QFileInfo& further : item.furtherVideos)
+        cameras.append(name(further, "other") + (markUnplayed ? QStringLiteral(" (not played)") : QString()));
+    return cameras;
+}
+
+// Where the track came from: the name of the file beside the video, "embedded" when the video carries it,
+// or nothing.
+QString trackSourceOf(const Playlist::RawItem& item) {
+    if (!item.track)
+        return {};
+    if (item.track->file.absoluteFilePath() == item.mainVideo.absoluteFilePath())
+        return QStringLiteral("embedded");
+    return item.track->file.fileName();
+}
+
 QJsonObject rawItemJson(const Playlist::RawItem& item) {
     return QJsonObject{
         {"main", item.mainVideo.filePath()},
@@ -70,6 +96,14 @@ QJsonObject rawItemJson(const Playlist::RawItem& item) {
         {"track", item.track ? QJsonValue(item.track->file.filePath()) : QJsonValue()},
         {"positions", item.track ? static_cast<qint64>(item.track->positions.size()) : 0},
         {"timeSource", QString::fromLatin1(Playlist::timeSourceName(item.timeSource))},
+        {"cameras", QJsonArray::fromStringList(camerasOf(item, false))},
+        {"further", [&] {
+             QJsonArray paths;
+             for (const QFileInfo& further : item.furtherVideos)
+                 paths.append(further.filePath());
+             return paths;
+         }()},
+        {"trackSource", item.track ? QJsonValue(trackSourceOf(item)) : QJsonValue()},
     };
 }
 
@@ -111,9 +145,14 @@ QString asText(const Playlist& playlist, const QHash<const Playlist::RawItem*, i
         text += QStringLiteral("      main:  %1\n").arg(printableFileName(item->mainVideo.filePath()));
         text += QStringLiteral("      rear:  %1\n")
                     .arg(item->rearVideo ? printableFileName(item->rearVideo->filePath()) : QStringLiteral("-"));
+        for (const QFileInfo& further : item->furtherVideos)
+            text += QStringLiteral("      other: %1\n").arg(printableFileName(further.filePath()));
+        text += QStringLiteral("      cameras: %1\n").arg(printableFileName(camerasOf(*item, true).join(", ")));
         if (item->track)
             text += QStringLiteral("      track: %1 (%2 positions)\n")
-                        .arg(printableFileName(item->track->file.filePath()))
+                        .arg(trackSourceOf(*item) == QLatin1String("embedded")
+                                 ? QStringLiteral("embedded")
+                                 : printableFileName(item->track->file.filePath()))
                         .arg(item->track->positions.size());
         else
             text += QStringLiteral("      track: -\n");

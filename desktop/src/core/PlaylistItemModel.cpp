@@ -130,8 +130,14 @@ QVariant PlaylistItemModel::data(const QModelIndex& index, int role) const {
         return summary.damaged.size() == 1 && summary.damaged.front()->mainVideo.fileName() == summary.fileName &&
                summary.damaged.front()->damage == Playlist::Damage::IndexMissing;
     }
-    case Qt::ToolTipRole:
-        return row.itemIndex < 0 ? QVariant() : QVariant(damageToolTip(m_summaries[row.itemIndex]));
+    case Qt::ToolTipRole: {
+        if (row.itemIndex < 0)
+            return {};
+        const Summary& summary = m_summaries[row.itemIndex];
+        QStringList lines{damageToolTip(summary), timeSourceToolTip(summary.timeSource)};
+        lines.removeAll(QString());
+        return lines.join(QLatin1Char('\n'));
+    }
     case Qt::DisplayRole:
         if (row.itemIndex < 0)
             return index.column() == 0 ? QLocale().toString(row.date, QStringLiteral("dddd, d MMMM yyyy")) : QString();
@@ -168,6 +174,22 @@ QString PlaylistItemModel::damageToolTip(const Summary& summary) const {
     for (const Playlist::RawItemPtr& item : summary.damaged)
         lines.append(QStringLiteral("%1: %2").arg(item->mainVideo.fileName(), item->damageText()));
     return lines.join(QLatin1Char('\n'));
+}
+
+QString PlaylistItemModel::timeSourceToolTip(Playlist::TimeSource source) const {
+    switch (source) {
+    case Playlist::TimeSource::None: return {};
+    case Playlist::TimeSource::ByFileName: return tr("Time from the file name");
+    case Playlist::TimeSource::ByTrack: return tr("Time from the GPS track");
+    case Playlist::TimeSource::ByTrackAndOffset:
+        return tr("Time from the GPS track, counted back from its first fix to the start of the recording");
+    case Playlist::TimeSource::ByPrev: return tr("Time unknown: placed right after the recording before it");
+    case Playlist::TimeSource::ByNext: return tr("Time unknown: placed right before the recording after it");
+    case Playlist::TimeSource::ByCreationTime: return tr("Time from the creation time stored in the video");
+    case Playlist::TimeSource::ByModificationTime:
+        return tr("Time from the file's modification time, less the length of the recording");
+    }
+    return {};
 }
 
 QVariant PlaylistItemModel::headerData(int section, Qt::Orientation orientation, int role) const {
@@ -226,7 +248,7 @@ std::vector<PlaylistItemModel::Summary> summariesOf(const Playlist::RawItems& it
         const Playlist::RawItems one{item};
         summaries.push_back({item->from, item->to, PlaylistItemModel::distanceKm(one, item->from, item->to),
                              PlaylistItemModel::topSpeedKmh(one, item->from, item->to), item->mainVideo.fileName(),
-                             damagedOf(one)});
+                             damagedOf(one), item->timeSource});
     }
     return summaries;
 }

@@ -35,6 +35,7 @@ public:
         std::optional<double> topSpeedKmh;
         QString fileName;
         Playlist::RawItems damaged; // its recordings that cannot be played
+        Playlist::TimeSource timeSource = Playlist::TimeSource::None; // of a recording; None for trips and parking
     };
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
@@ -70,6 +71,8 @@ private:
     QString cellText(const Summary& summary, Column column) const;
     // Why (some of) the item cannot be played; empty for an item that plays whole.
     QString damageToolTip(const Summary& summary) const;
+    // Where a recording's time came from; empty for trips and parking periods.
+    QString timeSourceToolTip(Playlist::TimeSource source) const;
 
     std::vector<Summary> m_summaries;
     std::vector<Column> m_columns;
