@@ -125,26 +125,13 @@ TEST(PlaylistItemModel, marks_recordings_that_cannot_be_played_and_trips_holding
     EXPECT_FALSE(cell(trips, 0, PlaylistItemModel::DamagedRole).toBool()); // the date row
 }
 
-TEST(PlaylistItemModel, a_recordings_tooltip_says_where_its_time_came_from) {
-    using Source = Playlist::TimeSource;
-    const std::pair<Source, const char*> cases[] = {
-        {Source::ByFileName, "Time from the file name"},
-        {Source::ByTrack, "Time from the GPS track"},
-        {Source::ByTrackAndOffset, "Time from the GPS track, counted back"},
-        {Source::ByPrev, "placed right after the recording before it"},
-        {Source::ByNext, "placed right before the recording after it"},
-        {Source::ByCreationTime, "Time from the creation time stored in the video"},
-        {Source::ByModificationTime, "Time from the file's modification time"},
-    };
-    for (const auto& [source, text] : cases) {
-        auto item = std::make_shared<Playlist::RawItem>(*drivenItem(4, "10:00:00", 60));
-        item->timeSource = source;
-        item->damage = Playlist::Damage::IndexMissing;
-        PlaylistRawItemModel files({item});
-        // Why it cannot be played comes first, then where its time came from.
-        const QStringList tip = files.index(1, 0).data(Qt::ToolTipRole).toString().split('\n');
-        ASSERT_EQ(tip.size(), 2) << text;
-        EXPECT_TRUE(tip[0].contains("lost its index"));
-        EXPECT_TRUE(tip[1].contains(QString::fromUtf8(text))) << tip[1].toStdString();
-    }
+TEST(PlaylistItemModel, a_recordings_tooltip_says_where_its_time_came_from_after_why_it_cannot_be_played) {
+    auto item = std::make_shared<Playlist::RawItem>(*drivenItem(4, "10:00:00", 60));
+    item->timeSource = Playlist::TimeSource::ByModificationTime;
+    item->damage = Playlist::Damage::IndexMissing;
+    PlaylistRawItemModel files({item});
+    const QStringList tip = files.index(1, 0).data(Qt::ToolTipRole).toString().split('\n');
+    ASSERT_EQ(tip.size(), 2);
+    EXPECT_TRUE(tip[0].contains("lost its index"));
+    EXPECT_EQ(tip[1], "Time from the file's modification time, less the length of the recording");
 }

@@ -84,7 +84,7 @@ TEST(RecordingFileName, todays_camera_names_give_time_camera_and_category) {
         {"2021-03-07_14-05-09-front", Role::Main, "2021-03-07_14-05-09", "front", kNone},
         {"2021-03-07_14-05-09-back", Role::Rear, "2021-03-07_14-05-09", "back", kNone},
         {"2021-03-07_14-05-09-left_repeater", Role::Further, "2021-03-07_14-05-09", "left_repeater", kNone},
-        // The specified forms keep their rule: a last R is the rear camera, any other last character the main.
+        // The recorder's own forms keep their rule: a last R is the rear camera, any other last character the main.
         {"2021_0307_140509_F", Role::Main, "2021_0307_140509_", "F", kNone},
         {"FILE210307-140509R", Role::Rear, "FILE210307-140509", "R", kNone},
         {"DVR-2021-03-07_14-05-09", Role::Main, "DVR-2021-03-07_14-05-0", "", kNone},
