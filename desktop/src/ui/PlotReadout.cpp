@@ -1,0 +1,71 @@
+// The pointer's readout on a track plot: a Qwt picker that also leaves when Qt does not say the pointer left.
+#include "ui/PlotReadout.h"
+
+#include "ui/TrackPlot.h"
+
+#include <QCursor>
+#include <QEvent>
+#include <QMouseEvent>
+
+#include <qwt_widget_overlay.h>
+
+PlotReadout::PlotReadout(TrackPlot* plot)
+    : QwtPlotPicker(QwtPlot::xBottom, QwtPlot::yLeft, QwtPicker::NoRubberBand, QwtPicker::AlwaysOn, plot->canvas()),
+      m_plot(plot) {}
+
+QString PlotReadout::shownText() const {
+    const QwtWidgetOverlay* box = trackerOverlay();
+    return box && box->isVisible() && trackerPosition().x() >= 0 ? m_drawnText : QString();
+}
+
+void PlotReadout::showAt(const QPoint& canvasPoint) {
+    QMouseEvent move(QEvent::MouseMove, canvasPoint, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    widgetMouseMoveEvent(&move);
+}
+
+void PlotReadout::hide() {
+    if (trackerPosition().x() < 0 && !trackerOverlay())
+        return;
+    QEvent leave(QEvent::Leave);
+    widgetLeaveEvent(&leave);
+}
+
+void PlotReadout::refresh() {
+    if (trackerPosition().x() < 0)
+        return;
+    const QWidget* canvas = parentWidget();
+    const QPoint pointer = canvas->mapFromGlobal(QCursor::pos());
+    if (canvas->isVisible() && canvas->rect().contains(pointer))
+        showAt(pointer);
+    else
+        hide();
+}
+
+bool PlotReadout::eventFilter(QObject* watched, QEvent* event) {
+    const bool taken = QwtPlotPicker::eventFilter(watched, event);
+    if (watched == parentWidget()) {
+        switch (event->type()) {
+        // The box is a child of the canvas: hidden with it, it would come back with it at the old place.
+        case QEvent::Hide:
+        case QEvent::WindowDeactivate:
+            hide();
+            break;
+        // A layout that moves the canvas away from a still pointer sends no Leave until the pointer moves.
+        case QEvent::Move:
+        case QEvent::Resize:
+            refresh();
+            break;
+        default:
+            break;
+        }
+    }
+    return taken;
+}
+
+QwtText PlotReadout::trackerTextF(const QPointF& position) const {
+    m_drawnText = m_plot->readoutAt(position.x());
+    QwtText text(m_drawnText);
+    text.setBackgroundBrush(QColor(255, 255, 255, 220));
+    text.setColor(QColor(60, 60, 60));
+    return text;
+}
