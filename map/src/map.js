@@ -183,8 +183,9 @@
   // The closest a fitted track is shown: a parking period or a single fix is a spot, not a street plan.
   var FIT_MAX_ZOOM = 16;
 
-  // True while the map shows the whole track as fitted: the user has not dragged or zoomed it since, so a
-  // change of the view's size fits it again. A fit waits while the view has no size (not laid out yet).
+  // standing: the map shows the track as fitted, not dragged or zoomed by the user since, so a change of the
+  // view's size fits it again. pending: the view had no room for a fit yet (not laid out), the first size
+  // it gets does. running: the zoom under way is the fit's own, not the user's.
   var fit = { standing: false, pending: false, running: false };
 
   function fitTrack() {
