@@ -1,17 +1,18 @@
 // The pointer's readout on a track plot: a Qwt picker that also leaves when Qt does not say the pointer left.
 #include "ui/PlotReadout.h"
 
-#include "ui/TrackPlot.h"
-
 #include <QCursor>
 #include <QEvent>
 #include <QMouseEvent>
 
+#include <qwt_plot.h>
 #include <qwt_widget_overlay.h>
 
-PlotReadout::PlotReadout(TrackPlot* plot)
-    : QwtPlotPicker(QwtPlot::xBottom, QwtPlot::yLeft, QwtPicker::NoRubberBand, QwtPicker::AlwaysOn, plot->canvas()),
-      m_plot(plot) {}
+#include <utility>
+
+PlotReadout::PlotReadout(QWidget* canvas, std::function<QString(double ms)> textAt)
+    : QwtPlotPicker(QwtPlot::xBottom, QwtPlot::yLeft, QwtPicker::NoRubberBand, QwtPicker::AlwaysOn, canvas),
+      m_textAt(std::move(textAt)) {}
 
 QString PlotReadout::shownText() const {
     const QwtWidgetOverlay* box = trackerOverlay();
@@ -63,7 +64,7 @@ bool PlotReadout::eventFilter(QObject* watched, QEvent* event) {
 }
 
 QwtText PlotReadout::trackerTextF(const QPointF& position) const {
-    m_drawnText = m_plot->readoutAt(position.x());
+    m_drawnText = m_textAt(position.x());
     QwtText text(m_drawnText);
     text.setBackgroundBrush(QColor(255, 255, 255, 220));
     text.setColor(QColor(60, 60, 60));

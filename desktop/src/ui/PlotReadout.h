@@ -5,7 +5,7 @@
 
 #include <qwt_plot_picker.h>
 
-class TrackPlot;
+#include <functional>
 
 // User-interface thread only. The box follows the pointer's moves over the plot's canvas. Qwt takes it
 // away when the canvas reports that the pointer left; this class also takes it away where no such report
@@ -14,7 +14,8 @@ class TrackPlot;
 // a zoom or a new track the box shows the new time under the pointer.
 class PlotReadout : public QwtPlotPicker {
 public:
-    explicit PlotReadout(TrackPlot* plot);
+    // `textAt` gives the box's text for a time on the plot's x axis (milliseconds since the epoch).
+    PlotReadout(QWidget* canvas, std::function<QString(double ms)> textAt);
 
     // The text of the box as drawn now; empty when no box is shown.
     QString shownText() const;
@@ -30,6 +31,6 @@ protected:
     QwtText trackerTextF(const QPointF& position) const override;
 
 private:
-    TrackPlot* m_plot;
+    std::function<QString(double ms)> m_textAt;
     mutable QString m_drawnText; // the text last drawn into the box
 };

@@ -105,8 +105,8 @@ TrackPlot::TrackPlot(PlotType type, QWidget* parent)
     setUpCanvas();
     setUpAxes(smallFont);
     setUpItems();
-    // The readout lives as the plot's child.
-    m_readout = new PlotReadout(this);
+    // The readout lives as the canvas' child.
+    m_readout = new PlotReadout(canvas(), [this](double ms) { return readoutAt(ms); });
     m_readout->setTrackerFont(smallFont);
 
     retranslate();

@@ -96,7 +96,7 @@ private:
     QwtPlotMarker* m_marker;    // attached
     QwtPlotGrid* m_grid;        // attached
     QwtPlotTextLabel* m_noData; // attached: "No data" over a track without this value
-    PlotReadout* m_readout = nullptr; // child
+    PlotReadout* m_readout = nullptr; // the canvas' child
     const TrackPositions* m_shownTrack = nullptr;
     QDateTime m_from;
     QDateTime m_to;
