@@ -176,11 +176,40 @@
     });
   }
 
+  // Room around a fitted track beyond the band where the map follows the vehicle: otherwise the first
+  // position at the track's edge pans the map and pushes the other end out of view. The vehicle's marker
+  // (32 px) must fit inside as well.
+  var FIT_EXTRA_PX = 20;
+  // The closest a fitted track is shown: a parking period or a single fix is a spot, not a street plan.
+  var FIT_MAX_ZOOM = 16;
+
+  // standing: the map shows the track as fitted, not dragged or zoomed by the user since, so a change of the
+  // view's size fits it again. pending: the view had no room for a fit yet (not laid out), the first size
+  // it gets does. running: the zoom under way is the fit's own, not the user's.
+  var fit = { standing: false, pending: false, running: false };
+
   function fitTrack() {
     if (state.track.length === 0) return;
-    var bounds = L.latLngBounds(state.track.map(latLngOf));
-    map.fitBounds(bounds, { padding: [24, 24], maxZoom: 16, animate: false });
+    var size = map.getSize();
+    var padX = Math.ceil(size.x * FOLLOW_MARGIN) + FIT_EXTRA_PX;
+    var padY = Math.ceil(size.y * FOLLOW_MARGIN) + FIT_EXTRA_PX;
+    if (size.x <= 2 * padX || size.y <= 2 * padY) {
+      fit.pending = true;
+      return;
+    }
+    fit.pending = false;
+    fit.running = true;
+    map.fitBounds(L.latLngBounds(state.track.map(latLngOf)), { padding: [padX, padY], maxZoom: FIT_MAX_ZOOM, animate: false });
+    fit.running = false;
+    fit.standing = true;
   }
+
+  map.on('resize', function () {
+    if (fit.standing || fit.pending) fitTrack();
+  });
+  map.on('zoomstart', function () {
+    if (!fit.running) fit.standing = false;
+  });
 
   function turnVehicle(angle) {
     var arrow = vehicle.getElement() && vehicle.getElement().querySelector('.vehicle-arrow');
@@ -298,7 +327,10 @@
     }
   }
 
-  map.on('dragstart', function () { state.userPannedAt = Date.now(); });
+  map.on('dragstart', function () {
+    state.userPannedAt = Date.now();
+    fit.standing = false;
+  });
   map.on('click', function (event) {
     var latLng = event.latlng.wrap();
     if (state.sharedState) state.sharedState.onCoordinates(latLng.lng, latLng.lat);

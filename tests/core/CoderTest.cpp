@@ -8,6 +8,8 @@
 #include <QTimer>
 
 #include <atomic>
+#include <cmath>
+#include <cstring>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -59,6 +61,62 @@ TEST_F(CoderTest, cut_over_three_files_is_continuous_and_progress_reaches_the_en
     ASSERT_FALSE(run.progress.empty());
     EXPECT_GE(run.progress.back(), 95);
     EXPECT_LE(run.progress.back(), 105);
+}
+
+// The decoded sound of a file as the player hears it: mono samples one after another, whatever the timestamps say.
+static std::vector<float> heardSamples(const QString& file, int sampleRate) {
+    QProcess ffmpeg;
+    ffmpeg.start("ffmpeg", {"-v", "error", "-i", file, "-map", "0:a", "-ac", "1", "-ar", QString::number(sampleRate),
+                            "-f", "f32le", "-"});
+    if (!ffmpeg.waitForFinished(60000) || ffmpeg.exitCode() != 0)
+        return {};
+    const QByteArray bytes = ffmpeg.readAllStandardOutput();
+    std::vector<float> samples(static_cast<std::size_t>(bytes.size()) / sizeof(float));
+    std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(float));
+    return samples;
+}
+
+TEST_F(CoderTest, sound_longer_or_shorter_than_the_picture_stays_with_it_over_ten_files) {
+    // Ten 2 s files whose sound (a beep at each file's start) runs 3 % longer or shorter than the picture.
+    constexpr int kRate = 44100;
+    Playlist::RawItems items;
+    for (int i = 0; i < 10; ++i) {
+        const QString file = output(QStringLiteral("beep%1.mp4").arg(i));
+        const QString soundSeconds = i % 2 == 0 ? "2.06" : "1.94";
+        QProcess ffmpeg;
+        ffmpeg.start("ffmpeg", {"-v", "error", "-y", "-t", "2", "-f", "lavfi", "-i", "color=black:size=160x90:rate=25",
+                                "-t", soundSeconds, "-f", "lavfi", "-i",
+                                QStringLiteral("aevalsrc=0.5*sin(2*PI*880*t)*lt(t\\,0.25):s=%1").arg(kRate),
+                                "-c:v", "libx264", "-preset", "ultrafast", "-c:a", "aac", file});
+        ASSERT_TRUE(ffmpeg.waitForFinished(60000) && ffmpeg.exitCode() == 0) << ffmpeg.readAllStandardError().toStdString();
+        auto item = std::make_shared<Playlist::RawItem>();
+        item->mainVideo = QFileInfo(file);
+        item->from = at(2.0 * i);
+        item->to = at(2.0 * i + 2.0);
+        items.push_back(item);
+    }
+    const QString file = output("beeps.mp4");
+    Coder coder(items, {at(0.0), at(20.0)}, settings(file, true));
+    EncoderRun run(coder);
+    ASSERT_EQ(run.doneTrue, 1);
+
+    std::vector<double> frames;
+    for (const auto& packet : testsupport::probePackets(file))
+        if (packet.stream == 0)
+            frames.push_back(packet.pts);
+    std::sort(frames.begin(), frames.end());
+    ASSERT_EQ(frames.size(), 500u) << "every picture of the ten files, none doubled";
+    const std::vector<float> sound = heardSamples(file, kRate);
+    const auto onsetAfter = [&](double seconds) {
+        const auto from = sound.begin() + std::min<std::ptrdiff_t>(sound.size(), std::llround(seconds * kRate));
+        const auto loud = std::find_if(from, sound.end(), [](float sample) { return std::abs(sample) > 0.25f; });
+        return static_cast<double>(loud - sound.begin()) / kRate;
+    };
+    // The first file's beep against its first picture gives the codecs' own delay; the last file's beep
+    // must lie as far from the last file's first picture, within one audio frame.
+    const double codecDelay = onsetAfter(0.0) - frames[0];
+    const double lastFileStart = frames[450];
+    EXPECT_NEAR(onsetAfter(lastFileStart - 0.5) - lastFileStart, codecDelay, 1024.0 / kRate);
 }
 
 TEST_F(CoderTest, still_picture_under_one_kilobit_a_second_encodes_at_the_floor) {

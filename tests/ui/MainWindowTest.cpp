@@ -36,6 +36,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QSlider>
+#include <QSplitter>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -47,6 +48,7 @@
 
 #include <cmath>
 #include <csignal>
+#include <numeric>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -192,6 +194,64 @@ TEST_F(MainWindowTest, loading_fills_the_four_tabs_plays_the_first_trip_and_show
     const QModelIndex secondTrip = trips->model()->index(2, 0); // date row, first trip, second trip
     QTest::mouseClick(trips->viewport(), Qt::LeftButton, {}, trips->visualRect(secondTrip).center());
     EXPECT_TRUE(waitUntil([&] { return window->playbackController() && window->playbackController()->from().time() == QTime(9, 10); }));
+}
+
+// At 1366x768 the map shows the whole track of what plays, whatever room its pane has when the item starts
+// or gets afterwards, also once the vehicle has appeared on it; the marks of a parking period, all on one
+// spot, are shown as one.
+TEST_F(MainWindowTest, the_map_fits_the_event_and_a_single_file_and_marks_a_parking_period_once) {
+    auto window = openWindow();
+    loadCard(*window);
+    auto* map = child<QWebEngineView>(*window, "mapWidget");
+    auto* tabs = child<QPlaylistTabWidget>(*window, "playlistContainer");
+    const auto giveMap = [&](QSize size) {
+        for (auto [splitter, length] : {std::pair(child<QSplitter>(*window, "mainSplitter"), size.width()),
+                                        std::pair(child<QSplitter>(*window, "leftContainerSplitter"), size.height())}) {
+            QList<int> sizes = splitter->sizes();
+            const int total = std::accumulate(sizes.begin(), sizes.end(), 0);
+            const int pane = splitter->orientation() == Qt::Horizontal ? 0 : 1;
+            sizes[pane] = length;
+            sizes[1 - pane] = total - length - std::accumulate(sizes.begin() + 2, sizes.end(), 0);
+            splitter->setSizes(sizes);
+        }
+    };
+    const auto playFirstOf = [&](int tab, const char* table, QTime from) {
+        tabs->setCurrentIndex(tab);
+        auto* view = child<PlaylistView>(*window, table);
+        // Return plays the current row again even when it is still selected from before.
+        view->selectionModel()->setCurrentIndex(view->model()->index(1, 0), QItemSelectionModel::NoUpdate); // under the date row
+        QTest::keyClick(view, Qt::Key_Return);
+        ASSERT_TRUE(waitUntil([&] { return window->playbackController() && window->playbackController()->from().time() == from; }));
+    };
+    const auto expectWholeTrackShown = [&](const char* item) {
+        EXPECT_TRUE(waitUntil([&] { return evaluate(*map, QStringLiteral("!!reelvueMap.vehicleShown()")).toBool(); }, 20000));
+        waitUntil([] { return false; }, 600); // the page lays out, and the vehicle moves on
+        EXPECT_TRUE(evaluate(*map, QStringLiteral("reelvueMap.map.getBounds().contains("
+                                                  "reelvueMap.state.track.map(function (p) { return [p.latitude, p.longitude]; }))"))
+                        .toBool())
+            << item << " in a map of " << map->width() << "x" << map->height();
+    };
+    const std::vector<QSize> mapSizes{{380, 300}, {380, 360}, {430, 300}, {430, 360}};
+
+    window->onActionTrackTimeStamps30s();
+    for (const QSize size : mapSizes) {
+        giveMap(size);
+        ASSERT_NO_FATAL_FAILURE(playFirstOf(1, "parkingPlaylistTable", QTime(9, 6)));
+        EXPECT_TRUE(waitUntil([&] { return evaluate(*map, QStringLiteral("reelvueMap.state.marks.length")).toInt() == 1; }, 20000))
+            << evaluate(*map, QStringLiteral("reelvueMap.state.marks.length")).toInt() << " marks in the parking period";
+        ASSERT_NO_FATAL_FAILURE(playFirstOf(2, "eventPlaylistTable", QTime(9, 13)));
+        expectWholeTrackShown("the event");
+    }
+    giveMap({380, 240});
+    expectWholeTrackShown("the event, its map made smaller");
+
+    for (const QSize size : mapSizes) {
+        giveMap(size);
+        window->loadFile(QDir(cardPath()).filePath(QStringLiteral("Normal/FILE240614-090300F.MP4")));
+        ASSERT_TRUE(waitUntil([&] { return window->playbackController() && window->playbackController()->from().time() == QTime(9, 3); },
+                              kLoadTimeoutMs));
+        expectWholeTrackShown("a single file");
+    }
 }
 
 TEST_F(MainWindowTest, mute_silences_the_player_and_unmute_returns_to_the_slider_volume) {

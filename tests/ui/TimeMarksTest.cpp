@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace {
 constexpr std::int64_t kStart = testsupport::kTrackStart;
 using testsupport::fixAt;
@@ -40,4 +42,13 @@ TEST(TimeMarks, sit_between_fixes_and_point_along_the_road) {
     EXPECT_DOUBLE_EQ(*marks[1].heading, 90.0);
     EXPECT_DOUBLE_EQ(marks[3].latitude, 50.3);
     EXPECT_DOUBLE_EQ(*marks[3].heading, 0.0);
+}
+
+TEST(TimeMarks, a_stop_keeps_one_mark_and_the_drive_after_it_goes_on) {
+    // 60 s east, 600 s parked with the receiver wandering by a couple of metres, 60 s on east.
+    TrackPositions track{fixAt(0, 10.000, 50.0)};
+    for (int s = 60; s <= 660; s += 10)
+        track.push_back(fixAt(s, 10.006 + 2e-5 * std::sin(s), 50.0 + 2e-5 * std::cos(s)));
+    track.push_back(fixAt(720, 10.012, 50.0));
+    EXPECT_EQ(timesOf(timeMarksAlong(track, 30)), (std::vector<double>{0, 30, 60, 690, 720}));
 }

@@ -1,13 +1,18 @@
 // The track plot on screen: gaps in the drawn line, the time under a click, wheel zoom within the item.
 #include "ui/TrackPlot.h"
 
+#include "ui/PlotIntervalSelector.h"
+
 #include "support/MouseEvents.h"
 #include "support/TestSupport.h"
 
+#include <QCursor>
 #include <QSignalSpy>
 #include <QTest>
 
 #include <gtest/gtest.h>
+
+#include <functional>
 
 namespace {
 const QDateTime kFrom = QDateTime(QDate(2024, 5, 1), QTime(12, 0, 0));
@@ -115,4 +120,54 @@ TEST_F(TrackPlotTest, the_marker_stays_within_the_item) {
     EXPECT_EQ(plot.currentTime(), kFrom);
     plot.setCurrentTime(kFrom.addSecs(1000));
     EXPECT_EQ(plot.currentTime(), kFrom.addSecs(300));
+}
+
+// The readout under the pointer goes with the pointer, also where Qt reports no Leave to the canvas. The real
+// pointer rests far from the plot; the events below are what the canvas would get.
+TEST_F(TrackPlotTest, the_readout_goes_when_the_pointer_is_no_longer_over_the_canvas) {
+    plot.move(400, 400);
+    QCursor::setPos(5, 5);
+    QApplication::processEvents();
+    QWidget* canvas = plot.canvas();
+    const QPoint at(canvas->width() * 3 / 4, canvas->height() / 2);
+    const auto hover = [&] {
+        QEnterEvent enter(at, at, canvas->mapToGlobal(at));
+        QApplication::sendEvent(canvas, &enter);
+        testsupport::sendMouse(canvas, QEvent::MouseMove, at, Qt::NoButton);
+    };
+    PlotIntervalSelector selector;
+    selector.attach(&plot);
+    selector.setRange(kFrom, kFrom.addSecs(300));
+
+    const std::vector<std::pair<const char*, std::function<void()>>> ways{
+        {"Leave", [&] { QEvent leave(QEvent::Leave); QApplication::sendEvent(canvas, &leave); }},
+        {"a drag out of the canvas", [&] { testsupport::dragMouse(canvas, at, QPoint(canvas->width() + 40, at.y())); }},
+        {"hidden and shown again", [&] { plot.hide(); plot.show(); }},
+        {"its window deactivated", [&] { QEvent off(QEvent::WindowDeactivate); QApplication::sendEvent(&plot, &off); }},
+        {"laid out smaller", [&] { plot.resize(plot.width() / 2, plot.height()); }},
+        {"a new track", [&] { plot.setTrack(trackWithGaps(), kFrom.addSecs(-60), kFrom.addSecs(300)); }},
+        {"an interval edge dragged", [&] {
+             selector.setActive(true);
+             testsupport::sendMouse(canvas, QEvent::MouseButtonPress, QPointF(plot.canvasXOf(kFrom.addSecs(300)), at.y()));
+             testsupport::sendMouse(canvas, QEvent::MouseMove, QPointF(plot.canvasXOf(kFrom.addSecs(200)), at.y()));
+             testsupport::sendMouse(canvas, QEvent::MouseButtonRelease, QPointF(plot.canvasXOf(kFrom.addSecs(200)), at.y()));
+             selector.setActive(false);
+         }},
+    };
+    for (const auto& [way, leave] : ways) {
+        plot.resize(640, 140);
+        plot.show();
+        QApplication::processEvents();
+        hover();
+        ASSERT_EQ(plot.readoutText().toStdString(), plot.readoutAt(plot.msAtCanvasX(at.x())).toStdString()) << way;
+        leave();
+        QApplication::processEvents();
+        EXPECT_EQ(plot.readoutText().toStdString(), "") << way;
+    }
+
+    // A wheel zoom keeps the box, with the time now under the pointer.
+    plot.setTrack(trackWithGaps(), kFrom, kFrom.addSecs(300));
+    hover();
+    testsupport::sendWheel(canvas, at, 3);
+    EXPECT_EQ(plot.readoutText().toStdString(), plot.readoutAt(plot.msAtCanvasX(at.x())).toStdString());
 }

@@ -181,7 +181,12 @@ bool PlotIntervalSelector::eventFilter(QObject* watched, QEvent* event) {
             return false;
         m_dragged = edgeAt(plot, x);
         m_pressX = x;
-        return m_dragged != Edge::None;  // elsewhere the click goes on to the plot
+        if (m_dragged == Edge::None)
+            return false;  // the click goes on to the plot
+        // The drag's moves stop here: the plot's readout would stand still at the press, beside the edge's
+        // own label.
+        plot.hideReadout();
+        return true;
     }
     if (type == QEvent::MouseButtonRelease) {
         if (m_dragged == Edge::None || mouse->button() != Qt::LeftButton)

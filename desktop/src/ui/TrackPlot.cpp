@@ -2,6 +2,7 @@
 #include "ui/TrackPlot.h"
 
 #include "logging/Logging.h"
+#include "ui/PlotReadout.h"
 #include "ui/TrackCurve.h"
 
 #include <QEvent>
@@ -16,7 +17,6 @@
 #include <qwt_plot_grid.h>
 #include <qwt_plot_layout.h>
 #include <qwt_plot_marker.h>
-#include <qwt_plot_picker.h>
 #include <qwt_plot_textlabel.h>
 #include <qwt_scale_widget.h>
 
@@ -94,29 +94,6 @@ bool scaleIncludesZero(PlotType type) {
 }
 } // namespace
 
-namespace {
-
-// Shows the time and the value under the pointer, in a small box that follows it.
-class ValueReadout : public QwtPlotPicker {
-public:
-    explicit ValueReadout(TrackPlot* plot)
-        : QwtPlotPicker(QwtPlot::xBottom, QwtPlot::yLeft, QwtPicker::NoRubberBand, QwtPicker::AlwaysOn, plot->canvas()),
-          m_plot(plot) {}
-
-protected:
-    QwtText trackerTextF(const QPointF& position) const override {
-        QwtText text(m_plot->readoutAt(position.x()));
-        text.setBackgroundBrush(QColor(255, 255, 255, 220));
-        text.setColor(QColor(60, 60, 60));
-        return text;
-    }
-
-private:
-    TrackPlot* m_plot;
-};
-
-} // namespace
-
 TrackPlot::TrackPlot(PlotType type, QWidget* parent)
     : QwtPlot(parent), m_type(type), m_curve(new TrackCurve), m_marker(new QwtPlotMarker), m_grid(new QwtPlotGrid),
       m_noData(new QwtPlotTextLabel) {
@@ -128,9 +105,9 @@ TrackPlot::TrackPlot(PlotType type, QWidget* parent)
     setUpCanvas();
     setUpAxes(smallFont);
     setUpItems();
-    // Its picker lives as the plot's child.
-    auto* readout = new ValueReadout(this);
-    readout->setTrackerFont(smallFont);
+    // The readout lives as the canvas' child.
+    m_readout = new PlotReadout(canvas(), [this](double ms) { return readoutAt(ms); });
+    m_readout->setTrackerFont(smallFont);
 
     retranslate();
     clearTrack();
@@ -210,6 +187,14 @@ void TrackPlot::setUpItems() {
     m_noData->setZ(50);
     m_noData->hide();
     m_noData->attach(this);
+}
+
+QString TrackPlot::readoutText() const {
+    return m_readout->shownText();
+}
+
+void TrackPlot::hideReadout() {
+    m_readout->hide();
 }
 
 QString TrackPlot::readoutAt(double ms) const {
@@ -301,6 +286,7 @@ void TrackPlot::setTrack(const TrackPositions& track, const QDateTime& from, con
     m_marker->show();
     showRange(m_fromMs, m_toMs, false);
     replot();
+    m_readout->refresh();
 }
 
 void TrackPlot::clearTrack() {
@@ -317,6 +303,7 @@ void TrackPlot::clearTrack() {
     applyYScale();
     showRange(m_fromMs, m_toMs, false);
     replot();
+    m_readout->refresh();
 }
 
 void TrackPlot::applyYScale() {
@@ -378,6 +365,7 @@ void TrackPlot::showRange(double fromMs, double toMs, bool byUser) {
         return;
     setAxisScale(QwtPlot::xBottom, fromMs, fromMs + span);
     replot();
+    m_readout->refresh();
     if (byUser) {
         const auto range = visibleRange();
         emit visibleRangeChanged(range.first, range.second);
@@ -450,6 +438,8 @@ bool TrackPlot::eventFilter(QObject* watched, QEvent* event) {
             panBy(steps);
         else
             zoomAt(msAtCanvasX(wheel->position().x()), steps);
+        // The readout drew itself before the axis changed: the time under the pointer is another now.
+        m_readout->showAt(wheel->position().toPoint());
         return true;
     }
     default:

@@ -12,6 +12,7 @@ class QwtPlotMarker;
 class QwtPlotGrid;
 class QwtPlotTextLabel;
 
+class PlotReadout;
 class TrackCurve;
 
 // User-interface thread only. The time axis shows [from, to] of the item in local wall-clock time; a value
@@ -56,6 +57,11 @@ public:
 
     // What the pointer's box shows at a time: "hh:mm:ss" and the value of the nearest fix, if one is near.
     QString readoutAt(double msSinceEpoch) const;
+    // The pointer's box as shown now; empty while none is.
+    QString readoutText() const;
+    // Takes the pointer's box away until the pointer moves over the canvas again: for a handler that takes
+    // over the mouse, such as a drag of the interval's edges.
+    void hideReadout();
 
     // How many pieces the line is in (runs without a gap), for checks and benchmarks.
     int runCount() const;
@@ -90,6 +96,7 @@ private:
     QwtPlotMarker* m_marker;    // attached
     QwtPlotGrid* m_grid;        // attached
     QwtPlotTextLabel* m_noData; // attached: "No data" over a track without this value
+    PlotReadout* m_readout = nullptr; // the canvas' child
     const TrackPositions* m_shownTrack = nullptr;
     QDateTime m_from;
     QDateTime m_to;

@@ -2,6 +2,7 @@
 // channel layout, queued until it fills the encoder's frames.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 struct AVCodecContext;
@@ -23,5 +24,10 @@ std::unique_ptr<AudioConverter> createAudioConverter(const AVCodecContext& decod
 
 // Converts a decoded audio frame and queues its samples in the output's FIFO.
 void queueAudio(OutputFile& output, AudioConverter& converter, const AVFrame& frame);
+
+// Makes the queued sound end at `pts` (the audio encoder's time base), so that it meets the picture there:
+// silence fills a shortfall, and sound past `pts` is dropped as far as it is still queued. Whole frames up
+// to `pts` are encoded on the way.
+void endQueuedAudioAt(OutputFile& output, std::int64_t pts);
 
 } // namespace encoding

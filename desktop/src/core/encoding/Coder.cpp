@@ -59,6 +59,8 @@ private:
     void processVideo(AVFrame* frame, double ms);
     void processAudio(AVFrame* frame, double ms);
     void drainFilter();
+    // The end of the picture written so far, in the audio encoder's time base.
+    std::int64_t pictureEndPts() const;
 
     InputFile& m_input;
     OutputFile& m_output;
@@ -100,6 +102,10 @@ void FileTranscoder::flush() {
             fail(fmt::format("av_buffersrc_add_frame_flags: {}", ffmpegErrorText(result)));
         drainFilter();
     }
+    // Camera files often carry a little more or less sound than picture; left alone, the difference adds up
+    // from file to file. The sound is cut or padded to end with the picture, so every file starts in step.
+    if (m_output.withAudio)
+        endQueuedAudioAt(m_output, pictureEndPts());
 }
 
 void FileTranscoder::decode(AVCodecContext* decoder, const AVPacket* packet, bool isVideo) {
@@ -190,20 +196,21 @@ void FileTranscoder::processAudio(AVFrame* frame, double ms) {
         return;
     m_lastAudioPts = frame->best_effort_timestamp;
     if (!m_audioAligned) {
-        // The queue continues the earlier files' audio; when that falls short (a file without sound),
-        // the new sound starts at its own time rather than early.
+        // The queue ends where the earlier files' picture ended; this file's sound starts at its own time
+        // after that (silence between when it starts late).
         m_audioAligned = true;
         const double outputMs = m_outputStartMs + (ms - m_startMs);
         const std::int64_t wanted = toTimeBase(outputMs, m_output.audio->time_base);
-        const std::int64_t queuedEnd = m_output.nextAudioPts + av_audio_fifo_size(m_output.fifo);
-        if (wanted - queuedEnd > m_output.audio->frame_size) {
-            encodeQueuedAudio(m_output, true);
-            m_output.nextAudioPts = wanted;
-        }
-        LOG_TRACE(kCoderLogger, "isVideo: {} old: {} new: {} ms: {} prev: {}", false, frame->pts, wanted, outputMs, queuedEnd);
+        LOG_TRACE(kCoderLogger, "isVideo: {} old: {} new: {} ms: {} prev: {}", false, frame->pts, wanted, outputMs,
+                  m_output.nextAudioPts + av_audio_fifo_size(m_output.fifo));
+        endQueuedAudioAt(m_output, wanted);
     }
     queueAudio(m_output, *m_converter, *frame);
-    encodeQueuedAudio(m_output, false);
+    encodeQueuedAudio(m_output, false, pictureEndPts());
+}
+
+std::int64_t FileTranscoder::pictureEndPts() const {
+    return toTimeBase(m_outputEndMs, m_output.audio->time_base);
 }
 
 // Decodes each file and encodes its frames into one output whose encoders live for the whole run.

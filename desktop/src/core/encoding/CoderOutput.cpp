@@ -196,9 +196,10 @@ void encodeVideo(OutputFile& output, const AVFrame* frame) {
     }
 }
 
-void encodeQueuedAudio(OutputFile& output, bool endOfInput) {
+void encodeQueuedAudio(OutputFile& output, bool endOfInput, std::int64_t endPts) {
     const int frameSize = output.audio->frame_size > 0 ? output.audio->frame_size : 1024;
-    while (av_audio_fifo_size(output.fifo) >= frameSize || (endOfInput && av_audio_fifo_size(output.fifo) > 0)) {
+    while ((av_audio_fifo_size(output.fifo) >= frameSize && output.nextAudioPts + frameSize <= endPts) ||
+           (endOfInput && av_audio_fifo_size(output.fifo) > 0)) {
         const int samples = std::min(av_audio_fifo_size(output.fifo), frameSize);
         FramePtr frame(av_frame_alloc());
         if (!frame)

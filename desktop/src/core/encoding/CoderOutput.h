@@ -58,8 +58,10 @@ std::unique_ptr<OutputFile> createOutputFile(const OutputStreamParams& params, c
 // Sends one frame (nullptr: drain) to an encoder and writes every packet it gives back.
 void encodeAndWrite(OutputFile& output, AVCodecContext* encoder, AVStream* stream, const AVFrame* frame);
 void encodeVideo(OutputFile& output, const AVFrame* frame);
-// Encodes whole encoder frames from the audio queue; at the end of the cut also the short rest.
-void encodeQueuedAudio(OutputFile& output, bool endOfInput);
+// Encodes whole encoder frames from the audio queue, none reaching past `endPts` (the picture written so far,
+// so that sound running longer than its file's picture can still be dropped); at the end of the cut also the
+// short rest.
+void encodeQueuedAudio(OutputFile& output, bool endOfInput, std::int64_t endPts = INT64_MAX);
 // Drains the encoders and writes the trailer (only the trailer when cancelled).
 void finishOutputFile(OutputFile& output, bool canceled);
 
