@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QString>
 
+#include <vector>
+
 // Bytes at any offset, read on demand. Reading past the end gives fewer bytes (or none), never an error.
 // Not thread-safe: one reader at a time.
 class ByteSource {
@@ -41,4 +43,24 @@ public:
 private:
     QByteArray m_bytes;
     QString m_name;
+};
+
+// Serves reads that fall inside pieces read ahead from memory, and the rest from the source underneath: one
+// read of a whole index instead of one per box header. Not thread-safe, like the source it wraps.
+class CachingByteSource : public ByteSource {
+public:
+    explicit CachingByteSource(const ByteSource& source) : m_source(source) {}
+    // Reads the piece now; later reads inside it cost no system call.
+    void cache(qint64 offset, qint64 length);
+    qint64 size() const override { return m_source.size(); }
+    QByteArray read(qint64 offset, qint64 length) const override;
+    QString name() const override { return m_source.name(); }
+
+private:
+    struct Piece {
+        qint64 offset;
+        QByteArray bytes;
+    };
+    const ByteSource& m_source;
+    std::vector<Piece> m_pieces;
 };

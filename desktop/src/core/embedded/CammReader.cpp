@@ -85,7 +85,7 @@ std::optional<EmbeddedTrack> CammReader::read(const ByteSource& source, const Mp
         }
     }
     if (sequence.empty()) {
-        LOG_DEBUG(kLogger, "'{}': the CAMM track holds no GPS or accelerometer packets", source.name().toStdString());
+        LOG_TRACE(kLogger, "'{}': the CAMM track holds no GPS or accelerometer packets", source.name().toStdString());
         return std::nullopt;
     }
     return sequence.take();

@@ -28,6 +28,9 @@ double degreesFromDegreesMinutes(double value) {
 }
 
 std::optional<TrackTime> utcTrackTime(int year, int month, int day, int hour, int minute, double seconds) {
+    // Years a receiver can report; beyond them the ticks of a track time would overflow.
+    if (year < 1970 || year > 2200)
+        return std::nullopt;
     const QDate date(year, month, day);
     if (!date.isValid() || hour < 0 || hour > 23 || minute < 0 || minute > 59 || !(seconds >= 0.0) || seconds >= 61.0)
         return std::nullopt;

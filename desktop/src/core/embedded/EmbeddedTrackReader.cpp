@@ -13,6 +13,8 @@
 namespace {
 
 constexpr const char* kLogger = "core.EmbeddedTrackReader";
+// 4 MB: an index or a track's samples read in one piece; larger ones are read piece by piece.
+constexpr qint64 kMaxCachedBytes = 4 << 20;
 
 std::optional<EmbeddedTrack> logged(std::optional<EmbeddedTrack> track, const ByteSource& source) {
     if (track)
@@ -38,8 +40,13 @@ std::optional<EmbeddedTrack> nmeaBoxAtTopLevel(const ByteSource& source, const s
     return std::nullopt;
 }
 
-std::optional<EmbeddedTrack> fromMoov(const ByteSource& source, const Mp4Box& moov,
+std::optional<EmbeddedTrack> fromMoov(const ByteSource& file, const Mp4Box& moov,
                                       const std::optional<QDateTime>& recordingStart) {
+    // The index is read whole at once (a one-minute recording's is under 200 kB), the samples of a data track
+    // too when they lie close together.
+    CachingByteSource source(file);
+    if (moov.size <= kMaxCachedBytes)
+        source.cache(moov.offset, moov.size);
     const std::vector<Mp4Box> children = childBoxes(source, moov);
     if (const Mp4Box* gps = findBox(children, "gps "))
         if (auto track = FreeGpsReader::readListed(source, *gps))
@@ -53,6 +60,10 @@ std::optional<EmbeddedTrack> fromMoov(const ByteSource& source, const Mp4Box& mo
     for (const Mp4Track& track : mp4Tracks(source, moov)) {
         if (track.handler == "vide" || track.handler == "soun" || track.samples.empty())
             continue;
+        const qint64 spanBegin = track.samples.front().offset;
+        const qint64 spanEnd = track.samples.back().offset + track.samples.back().size;
+        if (spanEnd > spanBegin && spanEnd - spanBegin <= kMaxCachedBytes)
+            source.cache(spanBegin, spanEnd - spanBegin);
         std::optional<EmbeddedTrack> read;
         if (track.format == "gpmd") {
             read = GpmfReader::read(source, track);

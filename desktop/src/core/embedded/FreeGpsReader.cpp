@@ -123,7 +123,7 @@ std::optional<EmbeddedTrack> FreeGpsReader::readListed(const ByteSource& source,
         const std::optional<Record> record = decode(source.read(offset, std::min<qint64>(size, kRecordBytes)));
         if (!record) {
             if (!known) {
-                LOG_DEBUG(kLogger, "'{}': freeGPS block at offset {} has a layout not known here",
+                LOG_TRACE(kLogger, "'{}': freeGPS block at offset {} has a layout not known here",
                           source.name().toStdString(), offset);
                 return std::nullopt;
             }

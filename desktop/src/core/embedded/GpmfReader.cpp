@@ -11,6 +11,9 @@ constexpr const char* kLogger = "core.GpmfReader";
 constexpr double kStandardGravity = 9.80665; // m/s^2 in one g
 // 1 MB: a second of every sensor of a camera is under 100 kB.
 constexpr qint64 kMaxSampleBytes = 1 << 20;
+// Cameras nest two deep (DEVC, STRM); deeper lists are damage, and without a limit a crafted sample could
+// exhaust the stack.
+constexpr int kMaxNesting = 8;
 
 using embedded::bigEndian;
 
@@ -73,7 +76,12 @@ public:
         : m_source(source), m_where(where), m_sample(sample), m_sequence(sequence) {}
 
     // Walks the items between `begin` and `end`; false when a damaged item ended the walk.
-    bool walk(int begin, int end, StreamState* stream) {
+    bool walk(int begin, int end, StreamState* stream, int depth = 0) {
+        if (depth > kMaxNesting) {
+            LOG_WARN(kLogger, "'{}': GPMF lists nested deeper than {} at offset {}; the rest of the sample is skipped",
+                     m_source.name().toStdString(), kMaxNesting, m_where.offset + begin);
+            return false;
+        }
         int at = begin;
         while (at + 8 <= end) {
             Item item;
@@ -91,7 +99,8 @@ public:
             }
             if (item.type == 0) {
                 StreamState nested;
-                if (!walk(item.valueOffset, item.valueOffset + item.valueSize(), item.key == "STRM" ? &nested : stream))
+                if (!walk(item.valueOffset, item.valueOffset + item.valueSize(), item.key == "STRM" ? &nested : stream,
+                          depth + 1))
                     return false;
             } else if (stream) {
                 take(item, *stream);
@@ -114,10 +123,10 @@ private:
             bool ok[6] = {};
             const int fields[6] = {text.mid(0, 2).toInt(&ok[0]), text.mid(2, 2).toInt(&ok[1]), text.mid(4, 2).toInt(&ok[2]),
                                    text.mid(6, 2).toInt(&ok[3]), text.mid(8, 2).toInt(&ok[4]), text.mid(10, 2).toInt(&ok[5])};
-            const double fraction = text.mid(12).toDouble();
+            const double fraction = text.mid(12).toDouble(); // ".sss"
             if (std::all_of(std::begin(ok), std::end(ok), [](bool b) { return b; })) {
                 state.gpsTime = embedded::utcTrackTime(2000 + fields[0], fields[1], fields[2], fields[3], fields[4], fields[5]);
-                state.gpsTimeFraction = fraction;
+                state.gpsTimeFraction = fraction >= 0.0 && fraction < 1.0 ? fraction : 0.0;
             }
         } else if (item.key == "GPSF" && item.count > 0) {
             state.fix = static_cast<int>(numberAt(m_sample, item.valueOffset, item.type));
@@ -180,6 +189,11 @@ private:
             TrackPosition position = positionAt(at, state);
             const double days = bigEndian<qint32>(m_sample, at + 20) / scaleOf(state, 5);
             const double seconds = bigEndian<qint32>(m_sample, at + 24) / scaleOf(state, 6);
+            // 73,000 days: until 2199, the years a receiver can report.
+            if (!(days >= 0.0 && days < 73000.0 && seconds >= 0.0 && seconds < 86401.0)) {
+                m_sequence.add(videoSeconds, std::nullopt);
+                continue;
+            }
             const std::int64_t since2000 = static_cast<std::int64_t>(std::floor(days * 86400.0 + seconds));
             position.time = trackTimeFromSeconds(QDateTime(QDate(2000, 1, 1), QTime(0, 0), Qt::UTC).toSecsSinceEpoch() + since2000);
             position.hdop = bigEndian<quint16>(m_sample, at + 28) / scaleOf(state, 7);
@@ -213,7 +227,7 @@ std::optional<EmbeddedTrack> GpmfReader::read(const ByteSource& source, const Mp
         SampleParser(source, where, sample, sequence).walk(0, sample.size(), nullptr);
     }
     if (sequence.empty()) {
-        LOG_DEBUG(kLogger, "'{}': the GPMF track holds no GPS or accelerometer stream", source.name().toStdString());
+        LOG_TRACE(kLogger, "'{}': the GPMF track holds no GPS or accelerometer stream", source.name().toStdString());
         return std::nullopt;
     }
     return sequence.take();

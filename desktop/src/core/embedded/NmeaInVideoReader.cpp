@@ -81,7 +81,7 @@ std::optional<EmbeddedTrack> NmeaInVideoReader::readTrack(const ByteSource& sour
         text.append('\n');
     }
     if (!found) {
-        LOG_DEBUG(kLogger, "'{}': {} track '{}' holds no NMEA sentences", source.name().toStdString(),
+        LOG_TRACE(kLogger, "'{}': {} track '{}' holds no NMEA sentences", source.name().toStdString(),
                   track.handler.toStdString(), track.format.toStdString());
         return std::nullopt;
     }
