@@ -60,6 +60,11 @@ double numberAt(const QByteArray& sample, int offset, char type) {
     }
 }
 
+// The kind of fix a GPSF value or a GPS9 field gives: 0 none, 2 2D, 3 3D; anything else counts as none.
+int fixKind(double value) {
+    return value == 2.0 || value == 3.0 ? static_cast<int>(value) : 0;
+}
+
 int sizeOfType(char type) {
     switch (type) {
     case 'b': case 'B': case 'c': return 1;
@@ -129,7 +134,7 @@ private:
                 state.gpsTimeFraction = fraction >= 0.0 && fraction < 1.0 ? fraction : 0.0;
             }
         } else if (item.key == "GPSF" && item.count > 0) {
-            state.fix = static_cast<int>(numberAt(m_sample, item.valueOffset, item.type));
+            state.fix = fixKind(numberAt(m_sample, item.valueOffset, item.type));
         } else if (item.key == "GPSP" && item.count > 0) {
             state.dop = numberAt(m_sample, item.valueOffset, item.type) / 100.0;
         } else if (item.key == "GPS5" && item.type == 'l' && item.elementSize >= 20) {
@@ -181,7 +186,7 @@ private:
         for (int i = 0; i < item.count; ++i) {
             const int at = item.valueOffset + i * item.elementSize;
             const double videoSeconds = m_where.seconds + m_where.duration * i / item.count;
-            const int fix = static_cast<int>(bigEndian<quint16>(m_sample, at + 30) / scaleOf(state, 8));
+            const int fix = fixKind(bigEndian<quint16>(m_sample, at + 30) / scaleOf(state, 8));
             if (fix < 2) {
                 m_sequence.add(videoSeconds, std::nullopt);
                 continue;
