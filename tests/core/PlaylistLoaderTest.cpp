@@ -1,4 +1,5 @@
 // The background loader on a real card: signal order, progress, models on the GUI thread, failure, cancel.
+#include "core/ExportPaths.h"
 #include "core/PlaylistLoader.h"
 #include "core/TrackLoader.h"
 
@@ -227,6 +228,8 @@ TEST_F(PlaylistLoaderTest, a_card_of_videos_with_embedded_tracks_and_no_track_fi
         EXPECT_EQ(items[i]->track->file.filePath(), items[i]->mainVideo.filePath()); // the video is the track's file
     }
     EXPECT_EQ(run.playlist->processedItemsOfKind(Playlist::Trip).size(), 2u);
+    // A copy takes each video once, though it is its own track's file.
+    EXPECT_EQ(exportpaths::copyCommands(items, path("copies")).size(), 4u);
 }
 
 TEST(PlaylistLoaderSettings, uses_the_fixed_analyzer_settings) {
