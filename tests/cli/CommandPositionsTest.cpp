@@ -1,4 +1,6 @@
 // reelvue-cli positions: a real log printed as text and as JSON, and the failures a user sees.
+#include "support/EmbeddedGps.h"
+#include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
 
 #include <QJsonArray>
@@ -71,4 +73,23 @@ TEST(CliPositions, failures_go_to_stderr_with_a_non_zero_exit) {
     const Output usage = runPositions({});
     EXPECT_EQ(usage.exitCode, 2);
     EXPECT_THAT(usage.err, HasSubstr("Usage: reelvue-cli positions FILE [--json]"));
+}
+
+TEST(CliPositions, reads_the_track_embedded_in_a_video) {
+    namespace gps = testsupport::gps;
+    QTemporaryDir dir;
+    const QString video = dir.filePath("MOVI0001.MP4");
+    testsupport::placeVideo(video, 2);
+    const Output none = runPositions({video});
+    EXPECT_EQ(none.exitCode, 1);
+    EXPECT_THAT(none.err, HasSubstr("No embedded GPS track in '" + video.toStdString() + "'"));
+
+    const QDateTime start(QDate(2024, 6, 14), QTime(6, 0), Qt::UTC);
+    ASSERT_TRUE(gps::addFreeGpsListed(video, gps::FreeGpsLayout::Plain, gps::drive(start, 3)));
+    const Output result = runPositions({video});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const QList<QByteArray> lines = result.out.trimmed().split('\n');
+    ASSERT_EQ(lines.size(), 3 + 3);
+    EXPECT_EQ(lines[0].toStdString(), "RMC sentences: 3");
+    EXPECT_THAT(lines[3].toStdString(), testing::StartsWith(std::to_string(start.toSecsSinceEpoch()) + " -33.867"));
 }

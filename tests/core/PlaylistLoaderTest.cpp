@@ -1,7 +1,9 @@
 // The background loader on a real card: signal order, progress, models on the GUI thread, failure, cancel.
+#include "core/ExportPaths.h"
 #include "core/PlaylistLoader.h"
 #include "core/TrackLoader.h"
 
+#include "support/EmbeddedGps.h"
 #include "support/RecordingFixtures.h"
 #include "support/TestSupport.h"
 
@@ -13,6 +15,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 
 using testsupport::placeVideo;
@@ -193,6 +196,40 @@ TEST_F(PlaylistLoaderTest, tracks_split_a_morning_into_trip_parking_and_trip) {
     // The trip's figures come from its tracks: 2 minutes at 14 m/s.
     EXPECT_EQ(run.trips->data(run.trips->index(1, PlaylistItemModel::DistanceColumn)).toString(), "1.7 km");
     EXPECT_EQ(run.trips->data(run.trips->index(1, PlaylistItemModel::TopSpeedColumn)).toString(), "50 km/h");
+}
+
+TEST_F(PlaylistLoaderTest, a_card_of_videos_with_embedded_tracks_and_no_track_files_plays_with_its_trips) {
+    namespace gps = testsupport::gps;
+    // Four undated names: the times come from the tracks inside, each of another family. The third recording
+    // started three seconds before its first fix; the fourth came twenty minutes later, a trip of its own.
+    const QDateTime utc(QDate(2024, 6, 14), QTime(6, 0), Qt::UTC);
+    const QDateTime starts[] = {utc, utc.addSecs(10), utc.addSecs(20), utc.addSecs(1230)};
+    const std::function<bool(const QString&, const std::vector<gps::Fix>&)> stores[] = {
+        [](auto& p, auto& f) { return gps::addFreeGpsListed(p, gps::FreeGpsLayout::Plain, f); },
+        [](auto& p, auto& f) { return gps::addGpmfTrack(p, f, false); }, gps::addCammTrack, gps::addNmeaTextTrack};
+    for (int i = 0; i < 4; ++i) {
+        std::vector<gps::Fix> fixes = gps::drive(starts[i], 10);
+        if (i == 2)
+            fixes[0].valid = fixes[1].valid = fixes[2].valid = false;
+        const QString video = path(QStringLiteral("Normal/MOVI%1.MP4").arg(i));
+        placeVideo(video, 10);
+        ASSERT_TRUE(stores[i](video, fixes));
+    }
+    LoaderRun run;
+    run.start("loadDirectory", m_dir.path());
+    ASSERT_TRUE(run.playlist) << run.error;
+    const Playlist::RawItems& items = run.playlist->rawItems();
+    ASSERT_EQ(items.size(), 4u);
+    for (int i = 0; i < 4; ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(items[i]->from, starts[i].toLocalTime());
+        EXPECT_EQ(items[i]->timeSource, i == 2 ? Playlist::TimeSource::ByTrackAndOffset : Playlist::TimeSource::ByTrack);
+        ASSERT_TRUE(items[i]->track);
+        EXPECT_EQ(items[i]->track->file.filePath(), items[i]->mainVideo.filePath()); // the video is the track's file
+    }
+    EXPECT_EQ(run.playlist->processedItemsOfKind(Playlist::Trip).size(), 2u);
+    // A copy takes each video once, though it is its own track's file.
+    EXPECT_EQ(exportpaths::copyCommands(items, path("copies")).size(), 4u);
 }
 
 TEST(PlaylistLoaderSettings, uses_the_fixed_analyzer_settings) {

@@ -264,3 +264,24 @@ TEST(TrackExtracterNames, extensions_are_the_format_names_and_read_back) {
     EXPECT_EQ(TrackExtracter::typeFromName("kml"), TrackExtracter::Kml);
     EXPECT_FALSE(TrackExtracter::typeFromName("shp").has_value());
 }
+
+TEST_F(TrackExtracterTest, a_track_inside_a_video_is_written_from_the_positions_read_at_loading) {
+    // The video is not even on disk: nothing is read again from it.
+    auto item = std::make_shared<Playlist::RawItem>();
+    item->mainVideo = QFileInfo(dir.filePath("MOVI0001.MP4"));
+    const QString fixture = testsupport::fixturePath("nmea/receiver-2004.nmea");
+    item->track = Playlist::Track{item->mainVideo, {}, {}, TrackLoader::load(fixture).positions};
+    ASSERT_TRUE(item->hasEmbeddedTrack());
+    const TrackPositions expected = positionsBetween(fixture, kMinuteOfReceiver);
+    for (const auto& [type, name] : {std::pair{TrackExtracter::Nmea, "minute.nmea"}, std::pair{TrackExtracter::Csv, "minute.csv"}}) {
+        TrackExtracter job({item}, output(name), type, kMinuteOfReceiver);
+        JobEvents record(job);
+        job.run();
+        ASSERT_EQ(record.endings(), std::vector<std::string>{"done 1"}) << name;
+    }
+    const TrackPositions nmea = TrackLoader::load(output("minute.nmea")).positions;
+    ASSERT_EQ(nmea.size(), expected.size());
+    EXPECT_EQ(nmea.front().time, expected.front().time);
+    EXPECT_NEAR(nmea.back().latitude, expected.back().latitude, 1e-6);
+    EXPECT_EQ(readFile(output("minute.csv")).count('\n'), int(expected.size()) + 1);
+}

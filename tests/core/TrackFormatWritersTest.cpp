@@ -1,5 +1,6 @@
 // The CSV, GPX, KML and PLT writers, byte for byte, with and without the optional values.
 #include "core/TrackFormatWriters.h"
+#include "core/TrackLoader.h"
 
 #include <gtest/gtest.h>
 
@@ -225,4 +226,25 @@ TEST(TrackFormatWriters, numbers_are_what_a_fixed_point_stream_writes) {
                  << ",,\n";
     }
     EXPECT_EQ(written(trackformats::writeCsv, track), expected.str());
+}
+
+TEST(TrackFormatWriters, nmea_reads_back_as_the_same_positions) {
+    const TrackLoader::Result read = TrackLoader::loadBytes(QByteArray::fromStdString(written(trackformats::writeNmea, kTrack)));
+    EXPECT_EQ(read.rmcCount, kTrack.size());
+    ASSERT_EQ(read.positions.size(), kTrack.size());
+    for (std::size_t i = 0; i < kTrack.size(); ++i) {
+        SCOPED_TRACE(i);
+        const TrackPosition& a = kTrack[i];
+        const TrackPosition& b = read.positions[i];
+        EXPECT_EQ(b.time, a.time);
+        EXPECT_NEAR(b.latitude, a.latitude, 1e-6);
+        EXPECT_NEAR(b.longitude, a.longitude, 1e-6);
+        // A missing value reads back as the last one sent: the loader carries fields over.
+        if (a.speed) {
+            EXPECT_NEAR(b.speed.value_or(-1), *a.speed, 0.01);
+        }
+        if (a.altitude) {
+            EXPECT_NEAR(b.altitude.value_or(-1), *a.altitude, 0.05);
+        }
+    }
 }

@@ -1,6 +1,10 @@
-// reelvue-cli positions: loads one track file and prints its RMC count and every position.
+// reelvue-cli positions: loads one track file, or the track embedded in a video, and prints every position.
 #include "cli/CliCommand.h"
+#include "core/RecordingFileName.h"
 #include "core/TrackLoader.h"
+#include "core/embedded/EmbeddedTrackReader.h"
+
+#include <QFileInfo>
 
 #include <fmt/format.h>
 
@@ -11,6 +15,12 @@
 namespace {
 
 constexpr std::size_t kFlushBytes = 64 * 1024; // keeps output of long tracks in bounded pieces
+
+// A video's track is the one inside it; for a video the RMC count is the count of its GPS records.
+bool isVideoName(const QString& name) {
+    return name.endsWith(QLatin1String(".mp4"), Qt::CaseInsensitive) ||
+           name.endsWith(QLatin1String(".mov"), Qt::CaseInsensitive);
+}
 
 template <typename T>
 std::string optionalText(const std::optional<T>& value) {
@@ -65,11 +75,22 @@ int run(const QStringList& arguments) {
     if (!parsePathAndJsonFlag(arguments, QStringLiteral("Usage: reelvue-cli positions FILE [--json]"), &path, &json))
         return 2;
     TrackLoader::Result track;
-    try {
-        track = TrackLoader::load(path);
-    } catch (const std::exception& error) {
-        cliError(QString::fromStdString(error.what()));
-        return 1;
+    const QFileInfo file(path);
+    if (isVideoName(file.fileName())) {
+        std::optional<EmbeddedTrack> embedded = EmbeddedTrackReader::read(path, startTimeFromFileName(file.fileName()));
+        if (!embedded) {
+            cliError(QStringLiteral("No embedded GPS track in '%1'").arg(path));
+            return 1;
+        }
+        track.positions = std::move(embedded->positions);
+        track.rmcCount = embedded->recordCount;
+    } else {
+        try {
+            track = TrackLoader::load(path);
+        } catch (const std::exception& error) {
+            cliError(QString::fromStdString(error.what()));
+            return 1;
+        }
     }
     Output out;
     if (json)
@@ -82,6 +103,7 @@ int run(const QStringList& arguments) {
 
 const CliCommandRegistration registration{
     {"positions", "FILE [--json]",
-     "Print the RMC count and every position of a track file (time in Unix seconds, absent values as null)", &run}};
+     "Print the RMC count and every position of a track file, or of the GPS track embedded in an MP4 or MOV video "
+     "(time in Unix seconds, absent values as null)", &run}};
 
 } // namespace

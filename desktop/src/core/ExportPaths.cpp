@@ -41,7 +41,7 @@ FileCopierCommandVector copyCommands(const Playlist::RawItems& items, const QStr
             addCommand(commands, item->mainVideo, target);
         if (item->rearVideo)
             addCommand(commands, *item->rearVideo, target);
-        if (item->track)
+        if (item->track && !item->hasEmbeddedTrack())
             addCommand(commands, item->track->file, target);
     }
     return commands;

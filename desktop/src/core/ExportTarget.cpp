@@ -106,7 +106,7 @@ QStringList inputFiles(const Playlist::RawItems& items) {
             files << item->mainVideo.absoluteFilePath();
         if (item->rearVideo)
             files << item->rearVideo->absoluteFilePath();
-        if (item->track)
+        if (item->track && !item->hasEmbeddedTrack())
             files << item->track->file.absoluteFilePath();
     }
     return files;

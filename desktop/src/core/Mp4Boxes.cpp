@@ -1,27 +1,21 @@
 // Walking the box headers of an MP4 or MOV file.
 #include "core/Mp4Boxes.h"
 
-#include <QFile>
 #include <QtEndian>
 
 #include <algorithm>
 
 namespace {
-// 16 bytes: a header with a 64-bit size; the walk stops after this many boxes, far more than a recording has.
+// The walk stops after this many boxes in one container, far more than a recording has.
 constexpr int kMaxBoxes = 4096;
-} // namespace
 
-std::vector<Mp4Box> topLevelBoxes(const QString& path) {
+// The boxes between `begin` and `end`, headers only.
+std::vector<Mp4Box> boxesBetween(const ByteSource& source, qint64 begin, qint64 end) {
     std::vector<Mp4Box> boxes;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return boxes;
-    const qint64 fileSize = file.size();
-    qint64 offset = 0;
-    while (offset + 8 <= fileSize && static_cast<int>(boxes.size()) < kMaxBoxes) {
-        if (!file.seek(offset))
-            break;
-        const QByteArray header = file.read(16);
+    end = std::min(end, source.size());
+    qint64 offset = begin;
+    while (offset + 8 <= end && static_cast<int>(boxes.size()) < kMaxBoxes) {
+        const QByteArray header = source.read(offset, 16);
         if (header.size() < 8)
             break;
         Mp4Box box;
@@ -32,25 +26,43 @@ std::vector<Mp4Box> topLevelBoxes(const QString& path) {
         if (size == 1) { // the real size follows as 64 bits
             if (header.size() < 16)
                 break;
-            size = static_cast<qint64>(qFromBigEndian<quint64>(header.constData() + 8));
+            const quint64 wide = qFromBigEndian<quint64>(header.constData() + 8);
+            size = wide > quint64(end) ? end - offset + 1 : static_cast<qint64>(wide);
             headerSize = 16;
-        } else if (size == 0) { // runs to the end of the file
-            size = fileSize - offset;
+        } else if (size == 0) { // runs to the end of its parent
+            size = end - offset;
         }
         if (size < headerSize)
             break; // not a box header: the rest cannot be walked
         box.headerSize = static_cast<int>(headerSize);
-        box.cutShort = offset + size > fileSize;
-        box.size = std::min(size, fileSize - offset);
+        box.cutShort = size > end - offset;
+        box.size = std::min(size, end - offset);
         boxes.push_back(box);
-        offset += size;
+        offset += box.size;
     }
     return boxes;
 }
+} // namespace
+
+std::vector<Mp4Box> topLevelBoxes(const ByteSource& source) {
+    return boxesBetween(source, 0, source.size());
+}
+
+std::vector<Mp4Box> topLevelBoxes(const QString& path) {
+    const FileByteSource source(path);
+    return topLevelBoxes(source);
+}
+
+std::vector<Mp4Box> childBoxes(const ByteSource& source, const Mp4Box& parent) {
+    return boxesBetween(source, parent.payloadOffset(), parent.end());
+}
+
+const Mp4Box* findBox(const std::vector<Mp4Box>& boxes, const char* type) {
+    const auto found = std::find_if(boxes.begin(), boxes.end(), [&](const Mp4Box& box) { return box.type == type; });
+    return found == boxes.end() ? nullptr : &*found;
+}
 
 bool hasIndexLost(const std::vector<Mp4Box>& boxes) {
-    const auto has = [&](const char* type) {
-        return std::any_of(boxes.begin(), boxes.end(), [&](const Mp4Box& box) { return box.type == type; });
-    };
+    const auto has = [&](const char* type) { return findBox(boxes, type) != nullptr; };
     return has("mdat") && !has("moov");
 }

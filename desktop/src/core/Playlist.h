@@ -54,6 +54,8 @@ public:
 
         bool hasValidInterval() const { return from.isValid() && to.isValid() && from <= to; }
         bool isDamaged() const { return damage != Damage::None; }
+        // The track was read from inside the main video (the camera wrote no track file): its file is the video.
+        bool hasEmbeddedTrack() const { return track && track->file.filePath() == mainVideo.filePath(); }
         // Why the main video cannot be played, for the user (translated); empty when it can be.
         QString damageText() const;
     };

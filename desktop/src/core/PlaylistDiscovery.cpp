@@ -4,6 +4,7 @@
 #include "core/ParallelFor.h"
 #include "core/RecordingFileName.h"
 #include "core/TrackLoader.h"
+#include "core/embedded/EmbeddedTrackReader.h"
 #include "logging/Logging.h"
 
 #include <QDir>
@@ -77,6 +78,7 @@ struct PlaylistDiscovery::Entry {
 struct PlaylistDiscovery::Probe {
     VideoProbe video;
     std::optional<TrackLoader::Result> track;
+    bool embeddedTrack = false; // the track came from inside the main video, which then is its file
 };
 
 namespace {
@@ -392,8 +394,16 @@ Playlist::RawItems PlaylistDiscovery::buildItems(std::vector<Entry> entries) {
     parallelFor(
         count,
         [&](std::size_t i) {
-            if (entries[i].trackPath.isEmpty())
+            if (entries[i].trackPath.isEmpty()) {
+                // No track file beside the video: the camera may have stored its track inside it.
+                const QFileInfo& video = entries[i].mainVideo;
+                if (std::optional<EmbeddedTrack> embedded =
+                        EmbeddedTrackReader::read(video.filePath(), startTimeFromFileName(video.fileName()))) {
+                    probes[i].track = TrackLoader::Result{std::move(embedded->positions), embedded->recordCount};
+                    probes[i].embeddedTrack = true;
+                }
                 return;
+            }
             try {
                 probes[i].track = TrackLoader::load(entries[i].trackPath);
             } catch (const std::exception& error) {
@@ -431,12 +441,13 @@ Playlist::RawItems PlaylistDiscovery::buildItems(std::vector<Entry> entries) {
             LOG_DEBUG(kLogger, "ByFileName {}", describe(*item).toStdString());
         }
 
-        if (!entry.trackPath.isEmpty())
-            LOG_DEBUG(kLogger, "Found corresponding track file '{}'", entry.trackPath.toStdString());
+        const QString trackPath = probe.embeddedTrack ? entry.mainVideo.filePath() : entry.trackPath;
+        if (!trackPath.isEmpty())
+            LOG_DEBUG(kLogger, "Found corresponding track file '{}'", trackPath.toStdString());
         if (probe.track) {
             TrackLoader::Result& track = *probe.track;
             if (track.positions.empty()) {
-                LOG_WARN(kLogger, "No positions in track '{}'", entry.trackPath.toStdString());
+                LOG_WARN(kLogger, "No positions in track '{}'", trackPath.toStdString());
             } else {
                 // A video that could not be probed still spans its track: one RMC sentence a second.
                 if (item->length == 0)
@@ -454,7 +465,7 @@ Playlist::RawItems PlaylistDiscovery::buildItems(std::vector<Entry> entries) {
                     item->timeSource = Playlist::TimeSource::ByTrackAndOffset;
                 }
                 item->to = item->from.addMSecs(spanMs);
-                item->track = Playlist::Track{QFileInfo(entry.trackPath), firstFix,
+                item->track = Playlist::Track{QFileInfo(trackPath), firstFix,
                                               trackTimeToDateTime(track.positions.back().time),
                                               std::move(track.positions)};
                 LOG_DEBUG(kLogger, "{} {}", Playlist::timeSourceName(item->timeSource), describe(*item).toStdString());

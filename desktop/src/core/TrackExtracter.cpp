@@ -211,10 +211,12 @@ TrackExtracter::Outcome TrackExtracter::writePositions(const QString& path) {
         if (m_canceled)
             return Outcome::Canceled;
         const QString trackPath = items[i]->track->file.absoluteFilePath();
+        const auto inInterval = [this](const TrackPosition& p) { return m_from <= p.time && p.time <= m_to; };
         try {
-            const TrackLoader::Result loaded = TrackLoader::load(trackPath);
-            std::copy_if(loaded.positions.begin(), loaded.positions.end(), std::back_inserter(positions),
-                         [this](const TrackPosition& p) { return m_from <= p.time && p.time <= m_to; });
+            // A track inside a video was read whole at loading; a track file is read again, as it is now.
+            const TrackPositions loaded =
+                items[i]->hasEmbeddedTrack() ? items[i]->track->positions : TrackLoader::load(trackPath).positions;
+            std::copy_if(loaded.begin(), loaded.end(), std::back_inserter(positions), inInterval);
         } catch (const std::exception& error) {
             LOG_ERROR(kLogger, "Failed to load track file '{}': {}", trackPath.toStdString(), error.what());
         }
@@ -282,6 +284,17 @@ TrackExtracter::Outcome TrackExtracter::writeNmeaCopy(const QString& path) {
             return Outcome::Canceled;
         const QString trackPath = items[i]->track->file.absoluteFilePath();
         std::optional<QByteArray> bytes;
+        if (items[i]->hasEmbeddedTrack()) {
+            // No sentences to copy from a video: the positions read from it are written as sentences.
+            TrackPositions inInterval;
+            std::copy_if(items[i]->track->positions.begin(), items[i]->track->positions.end(),
+                         std::back_inserter(inInterval),
+                         [this](const TrackPosition& p) { return m_from <= p.time && p.time <= m_to; });
+            trackformats::writeNmea(file.stream(), inInterval);
+            copied += 2 * inInterval.size();
+            reportItemProgress(i + 1, items.size());
+            continue;
+        }
         try {
             bytes = TrackLoader::readFile(trackPath); // regular files of a sane size only
         } catch (const std::exception& error) {

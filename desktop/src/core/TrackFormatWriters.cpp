@@ -3,6 +3,10 @@
 
 #include <QDateTime>
 
+#include <fmt/format.h>
+
+#include <cmath>
+
 #include <charconv>
 #include <string>
 #include <string_view>
@@ -328,6 +332,57 @@ void writePlt(std::ostream& out, const TrackPositions& positions) {
         text.flushIfFull();
     }
     text.flush();
+}
+
+namespace {
+// "4807.0380,N": degrees and minutes to 1/10000 of a minute, as receivers write them.
+std::string nmeaCoordinate(double value, int degreeDigits, char positive, char negative) {
+    const double magnitude = std::fabs(value);
+    long degrees = static_cast<long>(magnitude);
+    double minutes = std::round((magnitude - degrees) * 60.0 * 10000.0) / 10000.0;
+    if (minutes >= 60.0) {
+        ++degrees;
+        minutes = 0.0;
+    }
+    return fmt::format("{:0{}d}{:07.4f},{}", degrees, degreeDigits, minutes, value < 0 ? negative : positive);
+}
+
+std::string nmeaSentence(const std::string& body) {
+    unsigned checksum = 0;
+    for (char c : body)
+        checksum ^= static_cast<unsigned char>(c);
+    return fmt::format("${}*{:02X}\r\n", body, checksum);
+}
+
+template <typename T>
+std::string optionalNumber(const std::optional<T>& value, const char* format) {
+    return value ? fmt::format(format, *value) : std::string();
+}
+} // namespace
+
+void writeNmea(std::ostream& out, const TrackPositions& positions) {
+    static const UtcFormat timeFormat(QStringLiteral("hhmmss"));
+    static const UtcFormat dateFormat(QStringLiteral("ddMMyy"));
+    std::string text;
+    for (const TrackPosition& p : positions) {
+        std::string time, date;
+        timeFormat.append(time, p.time);
+        time += ".00";
+        dateFormat.append(date, p.time);
+        const std::string position =
+            nmeaCoordinate(p.latitude, 2, 'N', 'S') + "," + nmeaCoordinate(p.longitude, 3, 'E', 'W');
+        const std::optional<double> knots = p.speed ? std::optional<double>(*p.speed / 1.852) : std::nullopt;
+        text += nmeaSentence(fmt::format("GPRMC,{},A,{},{},{},{},,,A", time, position, optionalNumber(knots, "{:.3f}"),
+                                         optionalNumber(p.course, "{:.2f}"), date));
+        text += nmeaSentence(fmt::format("GPGGA,{},{},1,{},{},{},M,,M,,", time, position,
+                                         optionalNumber(p.satellites, "{:02d}"), optionalNumber(p.hdop, "{:.1f}"),
+                                         optionalNumber(p.altitude, "{:.1f}")));
+        if (text.size() >= kChunkSize) {
+            out << text;
+            text.clear();
+        }
+    }
+    out << text;
 }
 
 } // namespace trackformats

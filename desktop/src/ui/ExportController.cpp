@@ -219,7 +219,7 @@ void ExportController::copyItemFiles(bool withTracks) {
         if (!withTracks) {
             QSet<QString> trackFiles;
             for (const Playlist::RawItemPtr& item : items)
-                if (item->track)
+                if (item->track && !item->hasEmbeddedTrack())
                     trackFiles.insert(item->track->file.absoluteFilePath());
             commands.erase(std::remove_if(commands.begin(), commands.end(),
                                           [&trackFiles](const auto& command) { return trackFiles.contains(command.first); }),

@@ -266,7 +266,7 @@ std::vector<EvidencePack::Original> EvidencePack::plannedOriginals() const {
         add(item->mainVideo);
         if (item->rearVideo)
             add(*item->rearVideo);
-        if (item->track && item->track->file.isFile())
+        if (item->track && item->track->file.isFile() && !item->hasEmbeddedTrack())
             add(item->track->file);
     }
     return originals;
