@@ -71,6 +71,73 @@
         <source>Invalid file path</source>
         <translation>Neplatná cesta k souboru</translation>
     </message>
+    <message>
+        <source>Burn in time, speed and position</source>
+        <translation>Vpálit čas, rychlost a polohu</translation>
+    </message>
+    <message>
+        <source>The text is drawn into the pictures, so the cut is always re-encoded.</source>
+        <translation>Text se kreslí do snímků, proto se výřez vždy překóduje.</translation>
+    </message>
+    <message>
+        <source>The folder %1 does not exist.</source>
+        <translation>Složka %1 neexistuje.</translation>
+    </message>
+    <message>
+        <source>%1 is on the card the recordings come from: nothing is written there.</source>
+        <translation>%1 je na kartě se záznamy: nic se tam nezapisuje.</translation>
+    </message>
+    <message>
+        <source>%1 is a folder.</source>
+        <translation>%1 je složka.</translation>
+    </message>
+    <message>
+        <source>%1 cannot be written.</source>
+        <translation>%1 nelze zapsat.</translation>
+    </message>
+    <message>
+        <source>The folder %1 cannot be written to.</source>
+        <translation>Do složky %1 nelze zapisovat.</translation>
+    </message>
+    <message>
+        <source>%1 exists: Save asks before replacing it.</source>
+        <translation>%1 již existuje: před nahrazením se zeptá.</translation>
+    </message>
+</context>
+<context>
+    <name>EvidenceFlow</name>
+    <message>
+        <source>Save evidence</source>
+        <translation>Uložit důkazy</translation>
+    </message>
+    <message>
+        <source>Mark moment</source>
+        <translation>Označit okamžik</translation>
+    </message>
+    <message>
+        <source>Moment marked: %1</source>
+        <translation>Okamžik označen: %1</translation>
+    </message>
+    <message>
+        <source>Save evidence to</source>
+        <translation>Uložit důkazy do</translation>
+    </message>
+    <message>
+        <source>Saving evidence</source>
+        <translation>Ukládání důkazů</translation>
+    </message>
+    <message>
+        <source>The evidence pack is in %1</source>
+        <translation>Balíček důkazů je v %1</translation>
+    </message>
+    <message>
+        <source>The evidence pack was not made.
+
+%1</source>
+        <translation>Balíček důkazů nebyl vytvořen.
+
+%1</translation>
+    </message>
 </context>
 <context>
     <name>EvidencePack</name>
@@ -369,36 +436,16 @@ Chcete jej nahradit?</translation>
         <translation>Kódování se nezdařilo.</translation>
     </message>
     <message>
-        <source>Save evidence</source>
-        <translation>Uložit důkazy</translation>
+        <source>Rear</source>
+        <translation>Zadní</translation>
     </message>
     <message>
-        <source>Mark moment</source>
-        <translation>Označit okamžik</translation>
+        <source>Front</source>
+        <translation>Přední</translation>
     </message>
     <message>
-        <source>Moment marked: %1</source>
-        <translation>Okamžik označen: %1</translation>
-    </message>
-    <message>
-        <source>Save evidence to</source>
-        <translation>Uložit důkazy do</translation>
-    </message>
-    <message>
-        <source>Saving evidence</source>
-        <translation>Ukládání důkazů</translation>
-    </message>
-    <message>
-        <source>The evidence pack is in %1</source>
-        <translation>Balíček důkazů je v %1</translation>
-    </message>
-    <message>
-        <source>The evidence pack was not made.
-
-%1</source>
-        <translation>Balíček důkazů nebyl vytvořen.
-
-%1</translation>
+        <source>Show in folder</source>
+        <translation>Zobrazit ve složce</translation>
     </message>
 </context>
 <context>

@@ -71,6 +71,73 @@
         <source>Invalid file path</source>
         <translation>Nieprawidłowa ścieżka pliku</translation>
     </message>
+    <message>
+        <source>Burn in time, speed and position</source>
+        <translation>Wpal czas, prędkość i pozycję</translation>
+    </message>
+    <message>
+        <source>The text is drawn into the pictures, so the cut is always re-encoded.</source>
+        <translation>Tekst jest rysowany na klatkach, więc fragment jest zawsze kodowany ponownie.</translation>
+    </message>
+    <message>
+        <source>The folder %1 does not exist.</source>
+        <translation>Folder %1 nie istnieje.</translation>
+    </message>
+    <message>
+        <source>%1 is on the card the recordings come from: nothing is written there.</source>
+        <translation>%1 jest na karcie z nagraniami: nic nie jest tam zapisywane.</translation>
+    </message>
+    <message>
+        <source>%1 is a folder.</source>
+        <translation>%1 jest folderem.</translation>
+    </message>
+    <message>
+        <source>%1 cannot be written.</source>
+        <translation>Nie można zapisać %1.</translation>
+    </message>
+    <message>
+        <source>The folder %1 cannot be written to.</source>
+        <translation>Nie można zapisywać do folderu %1.</translation>
+    </message>
+    <message>
+        <source>%1 exists: Save asks before replacing it.</source>
+        <translation>%1 już istnieje: przed zastąpieniem padnie pytanie.</translation>
+    </message>
+</context>
+<context>
+    <name>EvidenceFlow</name>
+    <message>
+        <source>Save evidence</source>
+        <translation>Zapisz dowody</translation>
+    </message>
+    <message>
+        <source>Mark moment</source>
+        <translation>Zaznacz chwilę</translation>
+    </message>
+    <message>
+        <source>Moment marked: %1</source>
+        <translation>Zaznaczono chwilę: %1</translation>
+    </message>
+    <message>
+        <source>Save evidence to</source>
+        <translation>Zapisz dowody w</translation>
+    </message>
+    <message>
+        <source>Saving evidence</source>
+        <translation>Zapisywanie dowodów</translation>
+    </message>
+    <message>
+        <source>The evidence pack is in %1</source>
+        <translation>Pakiet dowodowy znajduje się w %1</translation>
+    </message>
+    <message>
+        <source>The evidence pack was not made.
+
+%1</source>
+        <translation>Pakiet dowodowy nie został utworzony.
+
+%1</translation>
+    </message>
 </context>
 <context>
     <name>EvidencePack</name>
@@ -369,36 +436,16 @@ Czy chcesz go zastąpić?</translation>
         <translation>Nie udało się zakodować.</translation>
     </message>
     <message>
-        <source>Save evidence</source>
-        <translation>Zapisz dowody</translation>
+        <source>Rear</source>
+        <translation>Tylna</translation>
     </message>
     <message>
-        <source>Mark moment</source>
-        <translation>Zaznacz chwilę</translation>
+        <source>Front</source>
+        <translation>Przednia</translation>
     </message>
     <message>
-        <source>Moment marked: %1</source>
-        <translation>Zaznaczono chwilę: %1</translation>
-    </message>
-    <message>
-        <source>Save evidence to</source>
-        <translation>Zapisz dowody w</translation>
-    </message>
-    <message>
-        <source>Saving evidence</source>
-        <translation>Zapisywanie dowodów</translation>
-    </message>
-    <message>
-        <source>The evidence pack is in %1</source>
-        <translation>Pakiet dowodowy znajduje się w %1</translation>
-    </message>
-    <message>
-        <source>The evidence pack was not made.
-
-%1</source>
-        <translation>Pakiet dowodowy nie został utworzony.
-
-%1</translation>
+        <source>Show in folder</source>
+        <translation>Pokaż w folderze</translation>
     </message>
 </context>
 <context>

@@ -71,6 +71,73 @@
         <source>Invalid file path</source>
         <translation>Недопустимый путь к файлу</translation>
     </message>
+    <message>
+        <source>Burn in time, speed and position</source>
+        <translation>Вписать время, скорость и координаты</translation>
+    </message>
+    <message>
+        <source>The text is drawn into the pictures, so the cut is always re-encoded.</source>
+        <translation>Текст рисуется на кадрах, поэтому фрагмент всегда перекодируется.</translation>
+    </message>
+    <message>
+        <source>The folder %1 does not exist.</source>
+        <translation>Папка %1 не существует.</translation>
+    </message>
+    <message>
+        <source>%1 is on the card the recordings come from: nothing is written there.</source>
+        <translation>%1 находится на карте с записями: туда ничего не записывается.</translation>
+    </message>
+    <message>
+        <source>%1 is a folder.</source>
+        <translation>%1 — это папка.</translation>
+    </message>
+    <message>
+        <source>%1 cannot be written.</source>
+        <translation>В %1 нельзя записать.</translation>
+    </message>
+    <message>
+        <source>The folder %1 cannot be written to.</source>
+        <translation>В папку %1 нельзя записывать.</translation>
+    </message>
+    <message>
+        <source>%1 exists: Save asks before replacing it.</source>
+        <translation>%1 уже есть: перед заменой будет задан вопрос.</translation>
+    </message>
+</context>
+<context>
+    <name>EvidenceFlow</name>
+    <message>
+        <source>Save evidence</source>
+        <translation>Сохранить доказательства</translation>
+    </message>
+    <message>
+        <source>Mark moment</source>
+        <translation>Отметить момент</translation>
+    </message>
+    <message>
+        <source>Moment marked: %1</source>
+        <translation>Момент отмечен: %1</translation>
+    </message>
+    <message>
+        <source>Save evidence to</source>
+        <translation>Сохранить доказательства в</translation>
+    </message>
+    <message>
+        <source>Saving evidence</source>
+        <translation>Сохранение доказательств</translation>
+    </message>
+    <message>
+        <source>The evidence pack is in %1</source>
+        <translation>Пакет доказательств находится в %1</translation>
+    </message>
+    <message>
+        <source>The evidence pack was not made.
+
+%1</source>
+        <translation>Пакет доказательств не создан.
+
+%1</translation>
+    </message>
 </context>
 <context>
     <name>EvidencePack</name>
@@ -369,36 +436,16 @@ Do you want to replace it?</source>
         <translation>Не удалось закодировать.</translation>
     </message>
     <message>
-        <source>Save evidence</source>
-        <translation>Сохранить доказательства</translation>
+        <source>Rear</source>
+        <translation>Задняя</translation>
     </message>
     <message>
-        <source>Mark moment</source>
-        <translation>Отметить момент</translation>
+        <source>Front</source>
+        <translation>Передняя</translation>
     </message>
     <message>
-        <source>Moment marked: %1</source>
-        <translation>Момент отмечен: %1</translation>
-    </message>
-    <message>
-        <source>Save evidence to</source>
-        <translation>Сохранить доказательства в</translation>
-    </message>
-    <message>
-        <source>Saving evidence</source>
-        <translation>Сохранение доказательств</translation>
-    </message>
-    <message>
-        <source>The evidence pack is in %1</source>
-        <translation>Пакет доказательств находится в %1</translation>
-    </message>
-    <message>
-        <source>The evidence pack was not made.
-
-%1</source>
-        <translation>Пакет доказательств не создан.
-
-%1</translation>
+        <source>Show in folder</source>
+        <translation>Показать в папке</translation>
     </message>
 </context>
 <context>

@@ -1,10 +1,12 @@
-// reelvue-cli cut on a folder of recorder files: stream copy, rear camera turned, Ctrl+C and the other
-// stopping signals, bad arguments.
+// reelvue-cli cut on a folder of recorder files: stream copy, rear camera turned, the burned-in overlay in
+// other containers, Ctrl+C and the other stopping signals, bad arguments.
 #include "support/CliRunner.h"
 #include "support/GeneratedMedia.h"
+#include "support/StripeMedia.h"
 
 #include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -75,6 +77,52 @@ TEST_F(CutCommandTest, rear_camera_reencoded_with_a_quarter_turn_and_no_sound) {
     EXPECT_EQ(streams[0].width, 96);
     EXPECT_EQ(streams[0].height, 160);
     EXPECT_NEAR(testsupport::probeDuration(file), 2.0, 0.2);
+}
+
+namespace {
+// Of the pixels of `area`, the share whose grey differs by more than a quarter of the range between the two.
+double differingShare(const QImage& a, const QImage& b, const QRect& area) {
+    int differing = 0;
+    for (int y = area.top(); y <= area.bottom(); ++y)
+        for (int x = area.left(); x <= area.right(); ++x)
+            differing += std::abs(qGray(a.pixel(x, y)) - qGray(b.pixel(x, y))) > 64;
+    return static_cast<double>(differing) / (area.width() * area.height());
+}
+} // namespace
+
+TEST_F(CutCommandTest, overlay_burns_text_into_a_cut_that_keeps_its_container) {
+    struct Case {
+        const char* name;
+        QStringList options;
+        const char* formatName;
+        std::size_t streams;
+    };
+    const Case cases[] = {
+        {"cut.mkv", {}, "matroska,webm", 2},
+        {"rear.avi", {"--camera", "rear", "--only-video"}, "avi", 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QString overlaid = output(QStringLiteral("overlay-") + c.name);
+        const QString plain = output(QStringLiteral("plain-") + c.name);
+        const QStringList interval{"--from", "2024-03-07T14:00:02", "--to", "2024-03-07T14:00:04"};
+        const CliResult withOverlay = cut(interval + c.options + QStringList{"--overlay", "-o", overlaid});
+        ASSERT_EQ(withOverlay.exitCode, 0) << withOverlay.err;
+        ASSERT_EQ(cut(interval + c.options + QStringList{"--reencode", "-o", plain}).exitCode, 0);
+        EXPECT_EQ(testsupport::probeFormatName(overlaid), c.formatName);
+        EXPECT_EQ(testsupport::probeStreams(overlaid).size(), c.streams);
+        EXPECT_NEAR(testsupport::probeDuration(overlaid), 2.0, 0.2);
+
+        // The text box sits at the top left, the camera's name at the bottom left; below the box on the right
+        // is the camera's own picture.
+        const QImage a = testsupport::extractFrame(overlaid, 1.0, output("a.png"));
+        const QImage b = testsupport::extractFrame(plain, 1.0, output("b.png"));
+        ASSERT_EQ(a.size(), b.size());
+        const QRect band(0, 0, a.width() / 2, a.height() / 4);
+        const QRect picture(a.width() / 2, a.height() / 2, a.width() / 2, a.height() / 4);
+        EXPECT_GT(differingShare(a, b, band), 0.15);
+        EXPECT_LT(differingShare(a, b, picture), 0.05);
+    }
 }
 
 TEST_F(CutCommandTest, ctrl_c_sigterm_and_sighup_cancel_and_remove_the_partial_file) {

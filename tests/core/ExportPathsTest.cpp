@@ -1,6 +1,7 @@
 // Names of saved cuts and tracks, the track beside a saved video, and the commands that copy an item.
 #include "core/ExportPaths.h"
 
+#include <QDir>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -32,6 +33,14 @@ TEST(ExportPaths, proposed_name_is_dvr_with_both_ends_and_the_extension) {
 TEST(ExportPaths, track_beside_a_video_keeps_its_folder_and_base_name) {
     EXPECT_EQ(exportpaths::trackPathBesideVideo("/home/me/Videos/dvr-1-2.mp4"), "/home/me/Videos/dvr-1-2.nmea");
     EXPECT_EQ(exportpaths::trackPathBesideVideo("/tmp/a.b.mkv"), "/tmp/a.b.nmea");
+}
+
+// No ~/Videos on a fresh system: the save dialog starts in the next folder that is there, in the end home.
+TEST(ExportPaths, first_existing_folder_passes_over_missing_and_empty_ones) {
+    QTemporaryDir dir;
+    const QString missing = dir.filePath("Videos");
+    EXPECT_EQ(exportpaths::firstExistingFolder({QString(), missing, dir.path()}), dir.path());
+    EXPECT_EQ(exportpaths::firstExistingFolder({missing, QString()}), QDir::homePath());
 }
 
 TEST(ExportPaths, copy_commands_take_main_rear_and_track_of_each_item_under_their_own_names) {

@@ -21,6 +21,10 @@ public:
                 return;
             texts.push_back(box->text().toStdString());
             titles.push_back(box->windowTitle().toStdString());
+            QStringList offered;
+            for (QAbstractButton* button : box->buttons())
+                offered << button->text();
+            buttons.push_back(offered.join(QLatin1Char('|')).toStdString());
             for (QAbstractButton* button : box->buttons())
                 if (button->text() == m_button) {
                     button->click();
@@ -33,6 +37,7 @@ public:
 
     std::vector<std::string> texts;  // of the boxes answered, in order
     std::vector<std::string> titles;
+    std::vector<std::string> buttons; // each box's button texts, joined by '|'
 
 private:
     QString m_button;

@@ -109,4 +109,11 @@ double probeDuration(const QString& path) {
     return ok && number ? seconds : -1.0;
 }
 
+QString probeFormatName(const QString& path) {
+    bool ok = false;
+    const QString text = run(QStringLiteral("ffprobe"),
+                             {"-v", "error", "-show_entries", "format=format_name", "-of", "default=noprint_wrappers=1:nokey=1", path}, &ok);
+    return ok ? text.trimmed() : QString();
+}
+
 } // namespace testsupport

@@ -42,5 +42,7 @@ std::vector<ProbedStream> probeStreams(const QString& path);
 std::vector<ProbedPacket> probePackets(const QString& path);
 // The container's duration in seconds, or -1 when ffprobe cannot read it.
 double probeDuration(const QString& path);
+// The container as ffprobe names it ("mov,mp4,m4a,3gp,3g2,mj2", "matroska,webm", "avi"); empty when unreadable.
+QString probeFormatName(const QString& path);
 
 } // namespace testsupport

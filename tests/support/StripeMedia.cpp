@@ -36,6 +36,11 @@ void runFfmpeg(const QStringList& arguments) {
         throw std::runtime_error("ffmpeg failed: " + ffmpeg.readAll().toStdString());
 }
 
+QImage extractFrame(const QString& video, double seconds, const QString& png) {
+    runFfmpeg({"-ss", QString::number(seconds), "-i", video, "-frames:v", "1", png});
+    return QImage(png).convertToFormat(QImage::Format_Grayscale8);
+}
+
 void writeStripeVideo(const QString& path, const StripeVideo& video) {
     QStringList args{"-f", "lavfi", "-i",
                      QStringLiteral("testsrc2=s=%1x%2:r=%3:d=%4")

@@ -28,6 +28,9 @@ void writeAudioOnly(const QString& path, double seconds);
 // Runs ffmpeg with the given arguments (after "-y -loglevel error"); throws with its output on failure.
 void runFfmpeg(const QStringList& arguments);
 
+// The picture shown at `seconds` into `video`, written to `png` by the ffmpeg command, in grey.
+QImage extractFrame(const QString& video, double seconds, const QString& png);
+
 // The frame number a picture (unturned, any size) carries, or -1 when it carries none.
 int readFrameNumber(const QImage& image);
 

@@ -1,4 +1,5 @@
-// The encoding settings dialog: widgets, container switching, path validation, and the record it gives.
+// The encoding settings dialog: widgets, container switching, path validation with its reason under the
+// path, the overlay's forced re-encoding, the choices kept for the next cut, and the record it gives.
 #include "ui/EncodingSettingsDialog.h"
 
 #include "support/RecordingFixtures.h"
@@ -10,6 +11,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSettings>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -21,7 +23,10 @@ namespace {
 
 class EncodingSettingsDialogTest : public testing::Test {
 protected:
-    void SetUp() override { ASSERT_TRUE(m_dir.isValid()); }
+    void SetUp() override {
+        ASSERT_TRUE(m_dir.isValid());
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settingsDir.path());
+    }
     QString path(const QString& name) const { return m_dir.filePath(name); }
 
     template <typename T>
@@ -36,6 +41,7 @@ protected:
     }
 
     QTemporaryDir m_dir;
+    QTemporaryDir m_settingsDir;
 };
 
 } // namespace
@@ -133,4 +139,71 @@ TEST_F(EncodingSettingsDialogTest, unwritable_folder_is_an_invalid_path) {
         umount(QFile::encodeName(folder).constData());
     else
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+TEST_F(EncodingSettingsDialogTest, burning_in_the_overlay_forces_reencoding_until_it_is_off_again) {
+    EncodingSettingsDialog dialog(nullptr, path("clip.mp4"), false);
+    auto* burnIn = child<QCheckBox>(dialog, "burnInOverlayCheckBox");
+    auto* reencode = child<QCheckBox>(dialog, "forceEncodingChkBox");
+    EXPECT_EQ(burnIn->text(), "Burn in time, speed and position");
+    EXPECT_FALSE(burnIn->isChecked());
+    EXPECT_FALSE(dialog.settings().burnInOverlay);
+
+    burnIn->setChecked(true);
+    EXPECT_TRUE(reencode->isChecked());
+    EXPECT_FALSE(reencode->isEnabled());
+    EXPECT_TRUE(dialog.settings().burnInOverlay);
+    EXPECT_TRUE(dialog.settings().forceReencoding);
+    burnIn->setChecked(false); // the user's own choice comes back
+    EXPECT_FALSE(reencode->isChecked());
+    EXPECT_TRUE(reencode->isEnabled());
+}
+
+TEST_F(EncodingSettingsDialogTest, the_line_under_the_path_says_why_save_is_disabled) {
+    QDir(m_dir.path()).mkdir("card");
+    testsupport::writeFile(path("old.mp4"), "keep me");
+    EncodingSettingsDialog dialog(nullptr, path("clip.mp4"), true);
+    dialog.setCardFolder(path("card"));
+    const struct {
+        QString file;
+        bool saveEnabled;
+        QString note;
+    } cases[] = {
+        {path("clip.mp4"), true, ""},
+        {path("Videos/clip.mp4"), false, "The folder " + path("Videos") + " does not exist."},
+        {path("card/clip.mp4"), false, path("card") + " is on the card the recordings come from: nothing is written there."},
+        {path("old.mp4"), true, "old.mp4 exists: Save asks before replacing it."},
+        {path("clip.avi"), false, "Invalid file extesion (must be: 'mp4' )"},
+    };
+    for (const auto& c : cases) {
+        edit(dialog)->setText(c.file);
+        EXPECT_EQ(save(dialog)->isEnabled(), c.saveEnabled) << c.file.toStdString();
+        EXPECT_EQ(dialog.pathNote(), c.note) << c.file.toStdString();
+    }
+}
+
+TEST_F(EncodingSettingsDialogTest, container_camera_reencoding_and_overlay_are_kept_for_the_next_cut) {
+    {
+        EncodingSettingsDialog first(nullptr, path("a.mp4"), true);
+        first.restoreChoices(); // nothing stored yet: the dialog's own defaults
+        EXPECT_TRUE(child<QRadioButton>(first, "mp4RadioBtn")->isChecked());
+        EXPECT_FALSE(child<QCheckBox>(first, "forceEncodingChkBox")->isChecked());
+        child<QRadioButton>(first, "mkvRadioBtn")->setChecked(true);
+        child<QRadioButton>(first, "rearCameraRadioBtn")->setChecked(true);
+        child<QCheckBox>(first, "burnInOverlayCheckBox")->setChecked(true);
+        first.storeChoices();
+    }
+    EncodingSettingsDialog next(nullptr, path("b.mp4"), true);
+    next.restoreChoices();
+    EXPECT_EQ(next.filePath(), path("b.mkv"));
+    const EncodingSettings settings = next.settings();
+    EXPECT_EQ(settings.camera, 1);
+    EXPECT_TRUE(settings.burnInOverlay);
+    child<QCheckBox>(next, "burnInOverlayCheckBox")->setChecked(false);
+    EXPECT_FALSE(child<QCheckBox>(next, "forceEncodingChkBox")->isChecked()) << "forced, not chosen";
+
+    // Without rear recordings the main camera stays.
+    EncodingSettingsDialog mainOnly(nullptr, path("c.mp4"), false);
+    mainOnly.restoreChoices();
+    EXPECT_EQ(mainOnly.settings().camera, 0);
 }

@@ -10,7 +10,7 @@
 
 namespace {
 const QStringList kToolIcons{
-    "open-device", "open-directory", "open-file", "save-item", "to-begin", "slow-down", "stop", "play",
+    "open-device", "open-directory", "open-file", "save-item", "save-evidence", "to-begin", "slow-down", "stop", "play",
     "pause", "speed-up", "to-end", "cycle-play-start", "cycle-play-stop", "save", "cut", "cut-on", "rotate",
     "confirm-cut", "reject-cut", "volume-muted", "volume-medium", "volume-high", "fullscreen", "exit-fullscreen",
     "damaged", "reelvue"};

@@ -44,6 +44,7 @@
 #include <QWebEngineView>
 
 #include <exiv2/exiv2.hpp>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -386,7 +387,9 @@ TEST_F(MainWindowTest, saves_a_cut_with_its_track_beside_the_track_alone_and_the
     EXPECT_TRUE(child<QWidget>(*window, "cutButtonContainer")->isVisible());
     window->cutCurrentItem();
     ASSERT_TRUE(waitUntil([&] { return !answerer.texts.empty(); }, 60000));
-    EXPECT_EQ(answerer.texts.back(), "Encoding completed");
+    // The box names the file and offers its folder.
+    EXPECT_EQ(answerer.texts.back(), "Encoding completed\n\n" + cutPath.toStdString());
+    EXPECT_THAT(answerer.buttons.back(), testing::HasSubstr("Show in folder"));
     EXPECT_NEAR(testsupport::probeDuration(cutPath), 360.0, 2.0);
     EXPECT_TRUE(QFileInfo(outputPath(out, "cut.nmea")).size() > 0) << "no track beside the cut";
     EXPECT_EQ(log.linesContaining("INFO ui.MainWindow - Cut from 2024-06-14T09:00:00 to 2024-06-14T09:06:00").size(), 1u);
@@ -595,6 +598,25 @@ TEST_F(MainWindowTest, screenshots_for_review) {
     window->onCutButtonClicked();
     waitUntil([] { return false; }, 500);
     window->grab().save(directory + "/window-cut.png");
+    // The encoding dialog with the overlay on and a folder that is not there, so its reason shows.
+    auto grabEncodingDialog = [&](const QString& name) {
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, [&] {
+            auto* dialog = qobject_cast<EncodingSettingsDialog*>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            timer.stop();
+            dialog->findChild<QCheckBox*>("burnInOverlayCheckBox")->setChecked(true);
+            dialog->findChild<QLineEdit*>("filePathEdit")->setText(out.filePath("Videos/dvr-cut.mp4"));
+            dialog->adjustSize();
+            QApplication::processEvents();
+            dialog->grab().save(QStringLiteral("%1/%2.png").arg(directory, name));
+            dialog->reject();
+        });
+        timer.start(50);
+        window->cutCurrentItem();
+    };
+    grabEncodingDialog("encoding-dialog");
     window->onRejectCutButtonClicked();
     window->onFullscreenButtonClicked();
     waitUntil([] { return false; }, 1000);
@@ -604,4 +626,5 @@ TEST_F(MainWindowTest, screenshots_for_review) {
     child<QAction>(*window, "actionSetRussianLanguage")->trigger();
     waitUntil([] { return false; }, 1000);
     window->grab().save(directory + "/window-ru.png");
+    grabEncodingDialog("encoding-dialog-ru");
 }

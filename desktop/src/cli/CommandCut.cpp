@@ -1,5 +1,5 @@
 // reelvue-cli cut: saves an interval of a card, folder or video as one new video, by stream copy or
-// re-encoded (turned), with a progress bar on standard error; Ctrl+C, SIGTERM and SIGHUP cancel and remove
+// re-encoded (turned, and with --overlay the time, speed and position burned in), with a progress bar on standard error; Ctrl+C, SIGTERM and SIGHUP cancel and remove
 // the partial file. It never writes over a recording it reads or into the card, nor over an existing file
 // without --force.
 #include "cli/CliCommand.h"
@@ -9,6 +9,8 @@
 #include "core/encoding/Coder.h"
 #include "core/encoding/CutItems.h"
 #include "core/encoding/Remuxer.h"
+#include "core/evidence/OverlayCut.h"
+#include "core/evidence/OverviewVideoOverlay.h"
 #include "logging/Logging.h"
 
 #include <QCoreApplication>
@@ -73,6 +75,9 @@ std::optional<CutRequest> parseArguments(const QStringList& arguments, QString& 
             request.force = true;
         } else if (argument == QLatin1String("--reencode")) {
             request.settings.forceReencoding = true;
+        } else if (argument == QLatin1String("--overlay")) {
+            request.settings.burnInOverlay = true;
+            request.settings.forceReencoding = true; // text is drawn into the pictures
         } else if (argument == QLatin1String("--rotation")) {
             const QString degrees = value();
             const int index = QStringList{"0", "90", "180", "270"}.indexOf(degrees);
@@ -177,12 +182,16 @@ int runCut(const QStringList& arguments) {
     // FFmpeg's own chatter (encoder statistics) only when the log is detailed too.
     if (!logging::isEnabled(logging::DEBUG))
         av_log_set_level(AV_LOG_ERROR);
-    std::unique_ptr<CutEncoder> encoder;
-    if (request->settings.forceReencoding)
+    std::unique_ptr<BaseEncoder> encoder;
+    if (request->settings.burnInOverlay)
+        encoder = overlaycut::make(items, request->interval, request->settings, evidence::localeSpeedUnit(),
+                                   request->settings.camera == 1 ? QStringLiteral("Rear") : QStringLiteral("Front"));
+    else if (request->settings.forceReencoding)
         encoder = std::make_unique<Coder>(items, request->interval, request->settings);
     else
         encoder = std::make_unique<Remuxer>(items, request->interval, request->settings);
     encoder->setPermissions(permissions);
+    const auto* cutEncoder = dynamic_cast<const CutEncoder*>(encoder.get()); // tells of a short cut
 
     QThread worker;
     encoder->moveToThread(&worker);
@@ -215,11 +224,11 @@ int runCut(const QStringList& arguments) {
     const QString output = request->settings.filePath;
     if (exitCode == 0) {
         cliPrint(output + QLatin1Char('\n'));
-        if (encoder->wroteLessThanAsked())
+        if (cutEncoder && cutEncoder->wroteLessThanAsked())
             cliError(QStringLiteral("Only %1 s of the %2 s asked were written: the recordings end early or could not "
                                     "be read (the log above tells which)")
-                         .arg(encoder->writtenMs() / 1000.0, 0, 'f', 1)
-                         .arg(encoder->askedMs() / 1000.0, 0, 'f', 1));
+                         .arg(cutEncoder->writtenMs() / 1000.0, 0, 'f', 1)
+                         .arg(cutEncoder->askedMs() / 1000.0, 0, 'f', 1));
     } else if (exitCode == kExitFailed) {
         QString message = QStringLiteral("Failed to save the cut to %1: %2").arg(output, encoder->failureReason());
         // Another container or re-encoding cannot help a full disk or a missing folder.
@@ -235,7 +244,10 @@ int runCut(const QStringList& arguments) {
 }
 
 const CliCommandRegistration registration{
-    {"cut", "PATH --from T --to T -o OUT [--camera main|rear] [--only-video] [--reencode] [--rotation 0|90|180|270] [--force]",
-     "Save an interval (times yyyy-MM-ddTHH:mm:ss, local) of a card, folder or video as a new video", &runCut}};
+    {"cut", "PATH --from T --to T -o OUT [--camera main|rear] [--only-video] [--reencode] [--rotation 0|90|180|270] "
+            "[--overlay] [--force]",
+     "Save an interval (times yyyy-MM-ddTHH:mm:ss, local) of a card, folder or video as a new video; --overlay "
+     "re-encodes it with the time, speed and position burned in",
+     &runCut}};
 
 } // namespace

@@ -18,6 +18,13 @@ QString proposedFileName(const TimeInterval& interval, const QString& extension)
         .arg(interval.from.toString(kNameTimeFormat), interval.to.toString(kNameTimeFormat), extension);
 }
 
+QString firstExistingFolder(const QStringList& candidates) {
+    for (const QString& folder : candidates)
+        if (!folder.isEmpty() && QFileInfo(folder).isDir())
+            return folder;
+    return QDir::homePath();
+}
+
 QString trackPathBesideVideo(const QString& videoPath) {
     const QFileInfo video(videoPath);
     return video.dir().filePath(video.completeBaseName() + QStringLiteral(".nmea"));

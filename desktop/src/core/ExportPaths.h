@@ -14,6 +14,10 @@ namespace exportpaths {
 // formatted "yyyyMMddTHHmmss", e.g. "dvr-20190913T103020-20190913T104500.gpx".
 QString proposedFileName(const TimeInterval& interval, const QString& extension);
 
+// The first of the candidates that is an existing folder (empty ones are passed over), else the user's home:
+// a save dialog never starts in a folder that is not there.
+QString firstExistingFolder(const QStringList& candidates);
+
 // The NMEA copy written beside a saved video: same folder and base name, extension ".nmea".
 QString trackPathBesideVideo(const QString& videoPath);
 

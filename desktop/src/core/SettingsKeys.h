@@ -1,4 +1,5 @@
-// The keys of the user settings store, in one place: the window's layout and choices and start-up's locale.
+// The keys of the user settings store, in one place: the window's layout and choices, the last cut's
+// choices and start-up's locale.
 #pragma once
 
 #include <QLatin1String>
@@ -13,4 +14,10 @@ constexpr QLatin1String kPlots("plotsVisibilityState");
 constexpr QLatin1String kMainCamera("mainCameraVisibilityState");
 constexpr QLatin1String kRearCamera("rearCameraVisibilityState");
 constexpr QLatin1String kLocale("locale");
+// The encoding dialog's choices of the last cut: container extension, camera (0 main, 1 rear), re-encoding,
+// burned-in overlay.
+constexpr QLatin1String kCutContainer("cutContainer");
+constexpr QLatin1String kCutCamera("cutCamera");
+constexpr QLatin1String kCutForceReencoding("cutForceReencoding");
+constexpr QLatin1String kCutBurnInOverlay("cutBurnInOverlay");
 } // namespace settingskeys

@@ -1,6 +1,9 @@
 // The modal dialog in which the user chooses how a cut of video is saved.
 #include "ui/EncodingSettingsDialog.h"
 
+#include "core/ExportTarget.h"
+#include "core/SettingsKeys.h"
+#include "core/Startup.h"
 #include "ui/Icons.h"
 
 #include <QCheckBox>
@@ -9,19 +12,29 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGroupBox>
+#include <QDir>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSettings>
 #include <QToolButton>
 #include <QToolTip>
 #include <QVBoxLayout>
+
+#include <tuple>
 
 namespace {
 
 const QString kMkvExtension = QStringLiteral("mkv");
 const QString kMovExtension = QStringLiteral("mov");
 const QString kMp4Extension = QStringLiteral("mp4");
+
+// A reason that keeps Save disabled stands out from a plain note.
+const QString kBlockingStyle = QStringLiteral("color: #b3261e;");
+
+QString native(const QString& path) { return QDir::toNativeSeparators(path); }
 
 template <typename Widget>
 Widget* named(Widget* widget, const char* name) {
@@ -39,9 +52,12 @@ EncodingSettingsDialog::EncodingSettingsDialog(QWidget* parent, const QString& f
     auto* optionsGroup = named(new QGroupBox(tr("Video file options")), "optionsGroupBox");
     m_onlyVideo = named(new QCheckBox(tr("Only video")), "onlyVideoCheckBox");
     m_forceEncoding = named(new QCheckBox(tr("Force reencoding")), "forceEncodingChkBox");
+    m_burnIn = named(new QCheckBox(tr("Burn in time, speed and position")), "burnInOverlayCheckBox");
+    m_burnIn->setToolTip(tr("The text is drawn into the pictures, so the cut is always re-encoded."));
     auto* optionsLayout = named(new QVBoxLayout(optionsGroup), "verticalLayout_5");
     optionsLayout->addWidget(m_onlyVideo);
     optionsLayout->addWidget(m_forceEncoding);
+    optionsLayout->addWidget(m_burnIn);
 
     auto* containerGroup = named(new QGroupBox(tr("Container type:")), "conteinerGroupBox");
     m_mkv = named(new QRadioButton(kMkvExtension), "mkvRadioBtn");
@@ -74,6 +90,10 @@ EncodingSettingsDialog::EncodingSettingsDialog(QWidget* parent, const QString& f
     bottomLayout->addWidget(m_filePathEdit);
     bottomLayout->addWidget(m_filePathButton);
 
+    m_pathNote = named(new QLabel, "pathNoteLabel");
+    m_pathNote->setWordWrap(true);
+    m_pathNote->hide();
+
     m_buttons = named(new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel), "dialogButtonBox");
     m_buttons->button(QDialogButtonBox::Save)->setText(tr("Save"));
     m_buttons->button(QDialogButtonBox::Cancel)->setText(tr("Cancel"));
@@ -81,6 +101,7 @@ EncodingSettingsDialog::EncodingSettingsDialog(QWidget* parent, const QString& f
     auto* layout = named(new QVBoxLayout(this), "verticalLayout");
     layout->addLayout(topLayout);
     layout->addLayout(bottomLayout);
+    layout->addWidget(m_pathNote);
     layout->addWidget(m_buttons);
 
     m_movFilter = tr("QuickTime file format (*.%1)").arg(kMovExtension);
@@ -91,6 +112,7 @@ EncodingSettingsDialog::EncodingSettingsDialog(QWidget* parent, const QString& f
     const QString suffix = QFileInfo(filePath).suffix().toLower();
     (suffix == kMkvExtension ? m_mkv : suffix == kMovExtension ? m_mov : m_mp4)->setChecked(true);
 
+    connect(m_burnIn, &QCheckBox::toggled, this, &EncodingSettingsDialog::onBurnInToggled);
     connect(m_filePathButton, &QToolButton::clicked, this, &EncodingSettingsDialog::onFilePathButton);
     connect(m_filePathEdit, &QLineEdit::textChanged, this, &EncodingSettingsDialog::onFilePathChanged);
     for (QRadioButton* button : {m_mkv, m_mov, m_mp4})
@@ -113,7 +135,50 @@ EncodingSettings EncodingSettingsDialog::settings() const {
     settings.camera = m_mainCamera->isChecked() ? 0 : 1;
     settings.filePath = m_filePathEdit->text();
     settings.rotation = 0;
+    settings.burnInOverlay = m_burnIn->isChecked();
     return settings;
+}
+
+QString EncodingSettingsDialog::pathNote() const {
+    return m_pathNote->isHidden() ? QString() : m_pathNote->text();
+}
+
+void EncodingSettingsDialog::setCardFolder(const QString& folder) {
+    m_cardFolder = folder;
+    onFilePathChanged(m_filePathEdit->text());
+}
+
+void EncodingSettingsDialog::restoreChoices() {
+    using namespace settingskeys;
+    const QSettings store(kOrganizationName, kApplicationName);
+    const QString container = store.value(kCutContainer).toString();
+    for (auto [button, extension] : {std::pair{m_mkv, kMkvExtension}, {m_mov, kMovExtension}, {m_mp4, kMp4Extension}})
+        if (container == extension)
+            button->setChecked(true);
+    if (store.value(kCutCamera).toInt() == 1 && m_rearCamera->isEnabled())
+        m_rearCamera->setChecked(true);
+    m_forceEncoding->setChecked(store.value(kCutForceReencoding).toBool());
+    m_burnIn->setChecked(store.value(kCutBurnInOverlay).toBool());
+}
+
+void EncodingSettingsDialog::storeChoices() const {
+    using namespace settingskeys;
+    QSettings store(kOrganizationName, kApplicationName);
+    store.setValue(kCutContainer, chosenExtension());
+    store.setValue(kCutCamera, m_mainCamera->isChecked() ? 0 : 1);
+    // Re-encoding as the user chose it: the overlay's forcing is not a choice.
+    store.setValue(kCutForceReencoding, m_burnIn->isChecked() ? m_forceEncodingChosen : m_forceEncoding->isChecked());
+    store.setValue(kCutBurnInOverlay, m_burnIn->isChecked());
+}
+
+void EncodingSettingsDialog::onBurnInToggled(bool on) {
+    if (on) {
+        m_forceEncodingChosen = m_forceEncoding->isChecked();
+        m_forceEncoding->setChecked(true);
+    } else {
+        m_forceEncoding->setChecked(m_forceEncodingChosen);
+    }
+    m_forceEncoding->setEnabled(!on);
 }
 
 QString EncodingSettingsDialog::chosenExtension() const {
@@ -158,17 +223,29 @@ void EncodingSettingsDialog::onContainerChanged() {
     m_filePathEdit->setText(path + QLatin1Char('.') + extension);
 }
 
-QString EncodingSettingsDialog::validate(const QString& path) const {
+std::pair<QString, QString> EncodingSettingsDialog::validate(const QString& path) const {
     if (path.isEmpty())
-        return tr("File path is empty");
+        return {tr("File path is empty"), tr("File path is empty")};
     const QString extension = chosenExtension();
-    if (QFileInfo(path).suffix().toLower() != extension)
-        return tr("Invalid file extesion (must be: '%1' )").arg(extension);
+    if (QFileInfo(path).suffix().toLower() != extension) {
+        const QString message = tr("Invalid file extesion (must be: '%1' )").arg(extension);
+        return {message, message};
+    }
+    const QString invalid = tr("Invalid file path");
+    const QFileInfo info(path);
+    const QString folder = info.absolutePath();
+    if (!QFileInfo(folder).isDir())
+        return {invalid, tr("The folder %1 does not exist.").arg(native(folder))};
+    if (exporttarget::folderRefusal(folder, {m_cardFolder, true}))
+        return {invalid, tr("%1 is on the card the recordings come from: nothing is written there.").arg(native(folder))};
+    if (info.isDir())
+        return {invalid, tr("%1 is a folder.").arg(native(path))};
     // Opening for appending tells whether the file can be written without harming one that exists.
     QFile file(path);
     const bool existed = file.exists();
     if (!file.open(QIODevice::WriteOnly | QIODevice::Append) || !file.isWritable())
-        return tr("Invalid file path");
+        return {invalid, existed ? tr("%1 cannot be written.").arg(native(path))
+                                 : tr("The folder %1 cannot be written to.").arg(native(folder))};
     file.close();
     if (!existed)
         file.remove();
@@ -176,9 +253,15 @@ QString EncodingSettingsDialog::validate(const QString& path) const {
 }
 
 void EncodingSettingsDialog::onFilePathChanged(const QString& text) {
-    m_validationMessage = validate(text);
+    QString note;
+    std::tie(m_validationMessage, note) = validate(text);
     QPushButton* button = acceptButton();
     button->setEnabled(m_validationMessage.isEmpty());
+    if (m_validationMessage.isEmpty() && QFileInfo(text).isFile())
+        note = tr("%1 exists: Save asks before replacing it.").arg(QFileInfo(text).fileName());
+    m_pathNote->setText(note);
+    m_pathNote->setStyleSheet(m_validationMessage.isEmpty() ? QString() : kBlockingStyle);
+    m_pathNote->setVisible(!note.isEmpty());
     if (m_validationMessage.isEmpty())
         QToolTip::hideText();
     else

@@ -2,14 +2,12 @@
 #include "ui/EvidenceDrawing.h"
 
 #include "core/evidence/EvidencePack.h"
+#include "core/evidence/OverviewVideoOverlay.h"
 #include "ui/EvidenceFrames.h"
 #include "ui/EvidenceReport.h"
 
-#include <QLocale>
-
 void setEvidenceDrawing(EvidenceRequest& request) {
-    request.speedUnit = QLocale().measurementSystem() == QLocale::MetricSystem ? SpeedUnit::KilometresPerHour
-                                                                                : SpeedUnit::MilesPerHour;
+    request.speedUnit = evidence::localeSpeedUnit();
     request.writeFrames = [](const Playlist::RawItems& items, const TrackPositions& track,
                              const std::vector<QDateTime>& moments, const QString& folder, const std::atomic<bool>* canceled) {
         QStringList errors;

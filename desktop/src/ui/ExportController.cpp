@@ -10,24 +10,24 @@
 #include "core/encoding/CutEncoder.h"
 #include "core/encoding/CutNaming.h"
 #include "core/encoding/Remuxer.h"
-#include "core/evidence/EvidencePack.h"
+#include "core/evidence/OverlayCut.h"
+#include "core/evidence/OverviewVideoOverlay.h"
 #include "logging/Logging.h"
 #include "ui/EncodingSettingsDialog.h"
-#include "ui/EvidenceDrawing.h"
-#include "ui/Icons.h"
 #include "ui/PlaybackController.h"
 #include "ui/PlaybackSession.h"
 #include "ui/PlotIntervalSelector.h"
 #include "ui/PlotPanel.h"
 
-#include <QBuffer>
+#include <QDesktopServices>
 #include <QDir>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QSet>
 #include <QStandardPaths>
 #include <QToolButton>
-#include <QToolTip>
+#include <QUrl>
 
 #include <algorithm>
 #include <memory>
@@ -42,17 +42,6 @@ constexpr int kVideoWeight = 19;
 
 bool hasRearCamera(const Playlist::RawItems& items) {
     return std::any_of(items.begin(), items.end(), [](const Playlist::RawItemPtr& item) { return item->rearVideo.has_value(); });
-}
-
-// "evidence-20240614T090130-20240614T090330", with "-2", "-3"... when a folder of that name is there already.
-QString evidenceFolder(const QString& directory, const TimeInterval& interval) {
-    const QString format = QStringLiteral("yyyyMMddTHHmmss");
-    const QString name =
-        QStringLiteral("evidence-%1-%2").arg(interval.from.toString(format), interval.to.toString(format));
-    QString folder = QDir(directory).filePath(name);
-    for (int n = 2; QFileInfo::exists(folder); ++n)
-        folder = QDir(directory).filePath(QStringLiteral("%1-%2").arg(name).arg(n));
-    return folder;
 }
 
 bool hasTrack(const Playlist::RawItems& items) {
@@ -74,10 +63,12 @@ template <class Job> std::shared_ptr<JobOutcome> watchOutcome(Job* job) {
     QObject::connect(job, &Job::done, job, [job, outcome](bool) {
         outcome->failureReason = job->failureReason();
         outcome->failedOnTarget = job->failedOnTarget();
-        if constexpr (std::is_base_of_v<CutEncoder, Job>) {
-            outcome->short_ = job->wroteLessThanAsked();
-            outcome->askedMs = job->askedMs();
-            outcome->writtenMs = job->writtenMs();
+        if constexpr (std::is_base_of_v<BaseEncoder, Job>) {
+            if (const auto* cut = dynamic_cast<const CutEncoder*>(job)) {
+                outcome->short_ = cut->wroteLessThanAsked();
+                outcome->askedMs = cut->askedMs();
+                outcome->writtenMs = cut->writtenMs();
+            }
         }
     }, Qt::DirectConnection);
     return outcome;
@@ -87,8 +78,7 @@ template <class Job> std::shared_ptr<JobOutcome> watchOutcome(Job* job) {
 ExportController::ExportController(Ui::MainWindow& ui, PlaybackSession* session, PlotPanel* plots, JobRunner* jobs,
                                    const FileChoosers& choosers, QWidget* window)
     : QObject(window), m_ui(ui), m_session(session), m_plots(plots), m_jobs(jobs), m_choosers(choosers),
-      m_window(window), m_saveMenu(new QMenu(window)), m_evidenceButton(new QToolButton(window)),
-      m_evidenceAction(new QAction(window)), m_markAction(new QAction(window)) {
+      m_window(window), m_saveMenu(new QMenu(window)) {
     // The save button offers the item's original files and its track in every format.
     m_saveMenu->setObjectName(QStringLiteral("saveMenu"));
     QAction* saveVideo = m_saveMenu->addAction(QString());
@@ -118,23 +108,6 @@ ExportController::ExportController(Ui::MainWindow& ui, PlaybackSession* session,
     connect(ui.confirmCutButton, &QToolButton::clicked, this, &ExportController::cut);
     connect(ui.rejectCutButton, &QToolButton::clicked, this, &ExportController::leaveCutMode);
 
-    // The evidence pack: a tool button beside the cut, and in the File menu with the key that marks a moment.
-    m_evidenceButton->setObjectName(QStringLiteral("evidenceButton"));
-    m_evidenceButton->setAutoRaise(true);
-    m_evidenceButton->setIcon(reelvueIcon(QStringLiteral("save-item")));
-    m_evidenceButton->setIconSize(QSize(22, 22));
-    ui.videoToolbarLayout->insertWidget(ui.videoToolbarLayout->indexOf(ui.cutOnButton) + 1, m_evidenceButton);
-    m_evidenceAction->setObjectName(QStringLiteral("actionSaveEvidence"));
-    m_markAction->setObjectName(QStringLiteral("actionMarkMoment"));
-    m_markAction->setShortcut(QKeySequence(Qt::Key_M));
-    m_markAction->setShortcutContext(Qt::WindowShortcut);
-    QAction* beforeQuit = ui.menuFile->actions().value(ui.menuFile->actions().indexOf(ui.actionQuit) - 1, ui.actionQuit);
-    ui.menuFile->insertActions(beforeQuit, {m_evidenceAction, m_markAction});
-    m_evidenceAction->setEnabled(false);
-    m_markAction->setEnabled(false);
-    connect(m_evidenceButton, &QToolButton::clicked, this, &ExportController::saveEvidence);
-    connect(m_evidenceAction, &QAction::triggered, this, &ExportController::saveEvidence);
-    connect(m_markAction, &QAction::triggered, this, &ExportController::markMoment);
 }
 
 exporttarget::Permissions ExportController::permissions(bool overwrite) const {
@@ -146,24 +119,15 @@ void ExportController::retranslate() {
     actions[0]->setText(tr("Save video"));
     actions[1]->setText(tr("Save video and track"));
     actions[2]->setText(tr("Save track"));
-    m_evidenceButton->setToolTip(tr("Save evidence"));
-    m_evidenceButton->setText(tr("Save evidence"));
-    m_evidenceAction->setText(tr("Save evidence"));
-    m_markAction->setText(tr("Mark moment"));
 }
 
 void ExportController::onControllerChanged(PlaybackController* controller) {
     if (!controller && m_cutMode)
         setCutMode(false);
-    m_marks.clear(); // marks belong to the item they were made on
-    m_evidenceAction->setEnabled(controller != nullptr);
-    m_markAction->setEnabled(controller != nullptr);
 }
 
-void ExportController::setLoaded(const QString& path, const Playlist::RawItems& recordings) {
-    m_loadedPath = path;
+void ExportController::setLoaded(const QString& path) {
     m_cardFolder = QFileInfo(path).isDir() ? path : QString();
-    m_recordings = recordings;
 }
 
 bool ExportController::hasController(const char* method) const {
@@ -174,10 +138,11 @@ bool ExportController::hasController(const char* method) const {
     return true;
 }
 
-// Where saved videos go first: the last folder used, else the user's movies.
+// Where saved videos go first: the last folder used, else the user's movies; a folder that is not there
+// (no ~/Videos on a fresh system, a removed disk) gives way to the next, and in the end to home.
 QString ExportController::saveDirectory() const {
-    return m_lastSaveDirectory.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::MoviesLocation)
-                                         : m_lastSaveDirectory;
+    return exportpaths::firstExistingFolder(
+        {m_lastSaveDirectory, QStandardPaths::writableLocation(QStandardPaths::MoviesLocation)});
 }
 
 TimeInterval ExportController::saveInterval() const {
@@ -286,6 +251,15 @@ void ExportController::enterCutMode() {
 
 void ExportController::leaveCutMode() { setCutMode(false); }
 
+void ExportController::chooseIntervalForEvidence() {
+    if (!m_session->controller())
+        return;
+    setCutMode(true);
+    m_cutForEvidence = true;
+}
+
+void ExportController::rememberSaveDirectory(const QString& directory) { m_lastSaveDirectory = directory; }
+
 void ExportController::setCutMode(bool on) {
     m_cutMode = on;
     if (!on)
@@ -305,7 +279,7 @@ void ExportController::cut() {
         return;
     const TimeInterval interval = saveInterval();
     if (m_cutForEvidence) {
-        startEvidence(interval);
+        emit evidenceIntervalConfirmed(interval); // its flow leaves cut mode
         return;
     }
     LOG_INFO(kLogger, "Cut from {} to {}", interval.from.toString(Qt::ISODate).toStdString(),
@@ -313,8 +287,11 @@ void ExportController::cut() {
     const Playlist::RawItems items = exportpaths::itemsOverlapping(m_session->controller()->items(), interval);
     const QString proposal = QDir(saveDirectory()).filePath(exportpaths::proposedFileName(interval, QStringLiteral("mp4")));
     EncodingSettingsDialog dialog(m_window, proposal, hasRearCamera(items));
+    dialog.setCardFolder(m_cardFolder);
+    dialog.restoreChoices();
     if (dialog.exec() != QDialog::Accepted)
         return;
+    dialog.storeChoices();
     EncodingSettings settings = dialog.settings();
     m_lastSaveDirectory = QFileInfo(settings.filePath).absolutePath();
     const int cameras = hasRearCamera(items) ? 2 : 1;
@@ -349,12 +326,20 @@ void ExportController::startCut(const Playlist::RawItems& items, const TimeInter
         trackCopy->setPermissions(permissions(false));
         steps.push_back(JobRunner::step(trackCopy, [trackCopy] { trackCopy->encode(); }, kTrackCopyWeight, true));
     }
-    CutEncoder* encoder = settings.forceReencoding ? static_cast<CutEncoder*>(new Coder(items, interval, settings))
-                                                   : new Remuxer(items, interval, settings);
+    BaseEncoder* encoder = nullptr;
+    if (settings.burnInOverlay)
+        encoder = overlaycut::make(items, interval, settings, evidence::localeSpeedUnit(),
+                                   settings.camera == 1 ? tr("Rear") : tr("Front"))
+                      .release();
+    else if (settings.forceReencoding)
+        encoder = new Coder(items, interval, settings);
+    else
+        encoder = new Remuxer(items, interval, settings);
     encoder->setPermissions(permissions(QFileInfo::exists(settings.filePath))); // confirmed in cut()
     const auto outcome = watchOutcome(encoder);
     steps.push_back(JobRunner::step(encoder, [encoder] { encoder->encode(); }, kVideoWeight));
-    m_jobs->run(tr("Encoding status"), std::move(steps), [this, trackPath, outcome](const JobRunner::Endings& endings) {
+    m_jobs->run(tr("Encoding status"), std::move(steps),
+                [this, trackPath, outcome, file = settings.filePath](const JobRunner::Endings& endings) {
         const bool copiedTrack = !trackPath.isEmpty() && endings.front() == JobRunner::Ending::Done;
         if (!trackPath.isEmpty())
             LOG_DEBUG(kLogger, "onTrackCopyDone ok: {}", endings.front() == JobRunner::Ending::Done);
@@ -372,6 +357,7 @@ void ExportController::startCut(const Playlist::RawItems& items, const TimeInter
             m_doneDetail = tr("Only %1 s of the %2 s asked were written: the recordings end early or could not be read.")
                                .arg(outcome->writtenMs / 1000.0, 0, 'f', 1)
                                .arg(outcome->askedMs / 1000.0, 0, 'f', 1);
+        m_doneFile = file;
         onEncodeDone(videoDone);
     });
 }
@@ -382,81 +368,6 @@ QString withDetail(const QString& text, const QString& detail) {
     return detail.isEmpty() ? text : text + QStringLiteral("\n\n") + detail;
 }
 } // namespace
-
-void ExportController::saveEvidence() {
-    if (!hasController("saveEvidence") || m_jobs->isBusy() || m_session->controller()->items().empty())
-        return;
-    if (!m_cutMode && !m_session->controller()->isCyclePlayActive()) {
-        // No interval chosen yet: the selector comes up as for a cut, and Confirm makes the pack.
-        setCutMode(true);
-        m_cutForEvidence = true;
-        return;
-    }
-    startEvidence(saveInterval());
-}
-
-void ExportController::markMoment() {
-    PlaybackController* controller = m_session->controller();
-    if (!controller || !controller->currentTime().isValid())
-        return;
-    const QDateTime moment = controller->currentTime();
-    m_marks.push_back(moment);
-    LOG_INFO(kLogger, "Marked the moment {}", moment.toString(Qt::ISODate).toStdString());
-    QToolTip::showText(m_evidenceButton->mapToGlobal(QPoint(0, m_evidenceButton->height())),
-                       tr("Moment marked: %1").arg(moment.toString(QStringLiteral("HH:mm:ss"))), m_evidenceButton);
-}
-
-void ExportController::startEvidence(const TimeInterval& interval) {
-    setCutMode(false);
-    LOG_INFO(kLogger, "Evidence pack from {} to {}", interval.from.toString(Qt::ISODate).toStdString(),
-             interval.to.toString(Qt::ISODate).toStdString());
-    QString folder;
-    for (;;) {
-        const QString directory = m_choosers.existingDirectory(m_window, tr("Save evidence to"), saveDirectory());
-        if (directory.isEmpty())
-            return;
-        m_lastSaveDirectory = directory;
-        folder = evidenceFolder(directory, interval);
-        const QString refused = EvidencePack::refusal(folder, m_loadedPath);
-        if (refused.isEmpty())
-            break;
-        QMessageBox::warning(m_window, tr("Save evidence"), refused);
-    }
-    EvidenceRequest request;
-    request.items = m_recordings.empty() ? m_session->controller()->items() : m_recordings;
-    request.interval = interval;
-    request.folder = folder;
-    request.cardPath = m_loadedPath;
-    request.marks = m_marks;
-    setEvidenceDrawing(request);
-    // The map as the user sees it, for the report; without a map on screen the report draws the track itself.
-    if (m_ui.mapWidget->isVisible()) {
-        QBuffer png(&request.mapPicture);
-        png.open(QIODevice::WriteOnly);
-        m_ui.mapWidget->grab().save(&png, "PNG");
-    }
-    auto* pack = new EvidencePack(request);
-    // The runner may delete the job before it reports the end: the failure is taken as the job ends, on its
-    // thread; the queued end report that follows carries it over to this one.
-    auto failure = std::make_shared<QString>();
-    connect(pack, &EvidencePack::done, [pack, failure](bool ok) {
-        if (!ok)
-            *failure = pack->failureText();
-    });
-    m_jobs->run(tr("Saving evidence"), {JobRunner::step(pack, [pack] { pack->encode(); })},
-                [this, folder, failure](const JobRunner::Endings& endings) {
-                    if (!wasCanceled(endings))
-                        onEvidenceDone(endings.front() == JobRunner::Ending::Done, folder, *failure);
-                });
-}
-
-void ExportController::onEvidenceDone(bool ok, const QString& folder, const QString& failure) {
-    LOG_DEBUG(kLogger, "onEvidenceDone ok: {}", ok);
-    if (ok)
-        QMessageBox::information(m_window, tr("Save evidence"), tr("The evidence pack is in %1").arg(folder));
-    else
-        QMessageBox::warning(m_window, tr("Save evidence"), tr("The evidence pack was not made.\n\n%1").arg(failure));
-}
 
 void ExportController::onCopyingDone(bool ok) {
     LOG_DEBUG(kLogger, "onCopyingDone ok: {}", ok);
@@ -471,8 +382,9 @@ void ExportController::onEncodeDone(bool ok) {
     LOG_DEBUG(kLogger, "onEncodeDone ok: {}", ok);
     const QString detail = std::exchange(m_doneDetail, QString());
     const bool onTarget = std::exchange(m_failedOnTarget, false);
+    const QString file = std::exchange(m_doneFile, QString());
     if (ok)
-        QMessageBox::information(m_window, tr("Encoding"), withDetail(tr("Encoding completed"), detail));
+        showEncoded(file, detail);
     else if (onTarget) // a full disk or a missing folder: no container or option would help
         QMessageBox::warning(m_window, tr("Encoding"), withDetail(tr("Failed to encode."), detail));
     else
@@ -480,6 +392,19 @@ void ExportController::onEncodeDone(bool ok) {
                              withDetail(tr("Failed to encode.\n\nNOTE:\nTry choose another container type or choose "
                                            "\"Only video\" option.\nIf all else fails choose \"Force reencoding\"."),
                                         detail));
+}
+
+// "Encoding completed" with the file's path, and a button that opens its folder.
+void ExportController::showEncoded(const QString& file, const QString& detail) {
+    const QString text = file.isEmpty() ? tr("Encoding completed")
+                                        : tr("Encoding completed") + QStringLiteral("\n\n") + QDir::toNativeSeparators(file);
+    QMessageBox box(QMessageBox::Information, tr("Encoding"), withDetail(text, detail), QMessageBox::Ok, m_window);
+    QPushButton* show = file.isEmpty() ? nullptr : box.addButton(tr("Show in folder"), QMessageBox::ActionRole);
+    if (show)
+        show->setObjectName(QStringLiteral("showInFolderButton"));
+    box.exec();
+    if (show && box.clickedButton() == show)
+        QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(file).absolutePath()));
 }
 
 void ExportController::onTrackSaveDone(bool ok) {

@@ -5,6 +5,7 @@
 #include "av/VideoWidget.h"
 #include "logging/Logging.h"
 #include "ui/AppUpdater.h"
+#include "ui/EvidenceFlow.h"
 #include "ui/ExportController.h"
 #include "ui/FullscreenController.h"
 #include "ui/JobRunner.h"
@@ -50,6 +51,7 @@ MainWindow::MainWindow(QWidget* parent)
                                   {ui.tripPlaylistTable, ui.parkingPlaylistTable, ui.eventPlaylistTable, ui.rawPlaylistTable},
                                   m_jobs, m_fileChoosers, this);
     m_export = new ExportController(ui, m_session, m_plots, m_jobs, m_fileChoosers, this);
+    m_evidence = new EvidenceFlow(ui, m_session, m_export, m_jobs, m_fileChoosers, this);
     m_pictures = new PictureSaver(ui.videoWidgetParent, this, m_session, m_fileChoosers);
     m_fullscreen = new FullscreenController(
         {ui.videoPane, ui.videoWidgetParent, ui.VideoProgressBar, ui.videoToolbar, ui.fullscreenButton,
@@ -159,9 +161,11 @@ void MainWindow::connectSignals() {
                     [this](const QString& message) { statusBar()->showMessage(message, kSkippedMessageMs); });
     });
 
-    // playlist -> export: an evidence pack's originals may reach past the item that plays
-    connect(m_playlist, &PlaylistPane::loadedPathChanged, m_export,
-            [this](const QString& path) { m_export->setLoaded(path, m_playlist->rawItems()); });
+    // playlist -> export, evidence: nothing is written into the card; an evidence pack's originals may reach past
+    // the item that plays
+    connect(m_playlist, &PlaylistPane::loadedPathChanged, m_export, &ExportController::setLoaded);
+    connect(m_playlist, &PlaylistPane::loadedPathChanged, m_evidence,
+            [this](const QString& path) { m_evidence->setLoaded(path, m_playlist->rawItems()); });
 
     // playback -> map, plots: the controller drives them; a page that comes up later is sent what it missed
     connect(m_map, &MapWidgetAdapter::ready, this, &MainWindow::onMapWidgetReady);
@@ -169,12 +173,15 @@ void MainWindow::connectSignals() {
     // full screen -> video area
     connect(m_fullscreen, &FullscreenController::resized, this, &MainWindow::relayoutVideoOutputs);
 
-    // playback -> export, pictures
+    // playback -> export, evidence, pictures
     connect(m_session, &PlaybackSession::controllerChanged, m_export, &ExportController::onControllerChanged);
+    connect(m_session, &PlaybackSession::controllerChanged, m_evidence, &EvidenceFlow::onControllerChanged);
     connect(m_session, &PlaybackSession::controllerChanged, m_pictures, &PictureSaver::onControllerChanged);
 
     // export -> playback: cut mode shares the plots' interval selector with cycle play
     connect(m_export, &ExportController::cutModeChanged, m_session, &PlaybackSession::setCutMode);
+    // export -> evidence: Confirm in cut mode entered for an evidence pack starts the pack
+    connect(m_export, &ExportController::evidenceIntervalConfirmed, m_evidence, &EvidenceFlow::start);
 
     // jobs -> window: the tool bar waits with the rest of the window
     connect(m_jobs, &JobRunner::busyChanged, this,
@@ -239,6 +246,7 @@ void MainWindow::retranslate() {
     m_ui->retranslateUi(this);
     updateWindowTitle();
     m_export->retranslate();
+    m_evidence->retranslate();
     m_pictures->retranslate();
     m_plots->retranslate();
     for (PlaylistView* view : m_playlist->views())

@@ -17,6 +17,7 @@
 namespace Ui {
 class MainWindow;
 }
+class EvidenceFlow;
 class ExportController;
 class FullscreenController;
 class JobRunner;
@@ -135,6 +136,7 @@ private:
     PlaybackSession* m_session = nullptr;
     PlaylistPane* m_playlist = nullptr;
     ExportController* m_export = nullptr;
+    EvidenceFlow* m_evidence = nullptr;
     PictureSaver* m_pictures = nullptr;
     FullscreenController* m_fullscreen = nullptr;
     StorageOpener* m_storage = nullptr;

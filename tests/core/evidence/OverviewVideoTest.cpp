@@ -68,11 +68,6 @@ TrackPositions track(int seconds) {
     return positions;
 }
 
-QImage frameAt(const QString& video, double seconds, const QString& png) {
-    testsupport::runFfmpeg({"-ss", QString::number(seconds), "-i", video, "-frames:v", "1", png});
-    return QImage(png).convertToFormat(QImage::Format_Grayscale8);
-}
-
 // Of the pixels where two renderings clearly differ, the share where `picture` is nearer the first.
 double shareNearer(const QImage& picture, const QImage& right, const QImage& wrong) {
     int telling = 0;
@@ -131,7 +126,7 @@ TEST_F(OverviewVideoTest, cameras_side_by_side_in_h264_and_aac_over_a_file_chang
     EXPECT_EQ(streams[1].codec, "aac");
     EXPECT_NEAR(testsupport::probeDuration(file), 4.0, 0.1);
     expectContinuousTimestamps(file);
-    EXPECT_FALSE(QFile::exists(file + ".part"));
+    EXPECT_EQ(QDir(m_out.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"overview.mp4"});
 }
 
 TEST_F(OverviewVideoTest, overlay_shows_each_moment_and_a_camera_without_a_file_is_black) {
@@ -143,7 +138,7 @@ TEST_F(OverviewVideoTest, overlay_shows_each_moment_and_a_camera_without_a_file_
     ASSERT_EQ(run.doneTrue, 1);
     for (int second : {1, 4}) {
         SCOPED_TRACE(second);
-        const QImage frame = frameAt(file, second + 0.3, output(QStringLiteral("frame%1.png").arg(second)));
+        const QImage frame = testsupport::extractFrame(file, second + 0.3, output(QStringLiteral("frame%1.png").arg(second)));
         ASSERT_EQ(frame.size(), QSize(620, 180));
         auto expected = [&](int s) {
             return reference(evidence::overlayText(at(s), &positions[static_cast<std::size_t>(s)],
@@ -155,8 +150,8 @@ TEST_F(OverviewVideoTest, overlay_shows_each_moment_and_a_camera_without_a_file_
     }
     // The rear camera has no file in the third item: its place is black there, grey before.
     const QRect rearMiddle(450, 60, 40, 40);
-    const QImage withRear = frameAt(file, 4.5, output("rear4.png"));
-    const QImage withoutRear = frameAt(file, 7.5, output("rear7.png"));
+    const QImage withRear = testsupport::extractFrame(file, 4.5, output("rear4.png"));
+    const QImage withoutRear = testsupport::extractFrame(file, 7.5, output("rear7.png"));
     EXPECT_NEAR(qGray(withRear.pixel(rearMiddle.center())), 128, 20);
     EXPECT_LT(qGray(withoutRear.pixel(rearMiddle.center())), 30);
     // Each camera's name in white at the foot of its picture.
@@ -184,7 +179,8 @@ TEST_F(OverviewVideoTest, cancel_failure_and_an_empty_interval_leave_nothing_beh
         EXPECT_EQ(run.doneFalse, 1);
         EXPECT_EQ(run.endSignals(), 1);
     }
-    EXPECT_TRUE(QDir(m_out.path()).entryList(QDir::Files).isEmpty()) << QDir(m_out.path()).entryList(QDir::Files).join(", ").toStdString();
+    const QStringList left = QDir(m_out.path()).entryList(QDir::Files | QDir::Hidden); // the partial file is hidden
+    EXPECT_TRUE(left.isEmpty()) << left.join(", ").toStdString();
 
     FullDisk disk;
     if (!disk.mounted())

@@ -8,6 +8,7 @@
 #include "core/encoding/Remuxer.h"
 #include "core/evidence/Bag.h"
 #include "core/evidence/OverviewVideo.h"
+#include "core/evidence/OverviewVideoOverlay.h"
 #include "logging/Logging.h"
 
 #include <QCryptographicHash>
@@ -283,14 +284,7 @@ EvidencePack::Outcome EvidencePack::build() {
     for (const Original& original : originals)
         originalBytes += QFileInfo(original.source).size();
     // The interval's track and marks, for the overview, the frames and the report.
-    const TrackTime from = trackTimeFromSeconds(m_interval.from.toSecsSinceEpoch());
-    const TrackTime to = trackTimeFromSeconds(m_interval.to.toSecsSinceEpoch());
-    for (const Playlist::RawItemPtr& item : inInterval)
-        if (item->track)
-            std::copy_if(item->track->positions.begin(), item->track->positions.end(), std::back_inserter(m_track),
-                         [from, to](const TrackPosition& p) { return from <= p.time && p.time <= to; });
-    std::stable_sort(m_track.begin(), m_track.end(),
-                     [](const TrackPosition& a, const TrackPosition& b) { return a.time < b.time; });
+    m_track = evidence::trackIn(inInterval, m_interval);
     std::copy_if(m_request.marks.begin(), m_request.marks.end(), std::back_inserter(m_marks),
                  [this](const QDateTime& mark) { return m_interval.from <= mark && mark <= m_interval.to; });
     std::sort(m_marks.begin(), m_marks.end());

@@ -9,7 +9,6 @@
 #include "logging/Logging.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -35,9 +34,13 @@ int even(double value) {
 
 OverviewVideo::OverviewVideo(Playlist::RawItems items, TimeInterval interval, QString filePath,
                              TrackPositions positions, SpeedUnit speedUnit, QStringList cameraNames, QObject* parent)
-    : BaseEncoder(std::move(items), std::move(interval), EncodingSettings{}, parent),
+    : OverviewVideo(std::move(items), std::move(interval), EncodingSettings{false, true, 0, std::move(filePath), 0},
+                    std::move(positions), speedUnit, std::move(cameraNames), parent) {}
+
+OverviewVideo::OverviewVideo(Playlist::RawItems items, TimeInterval interval, EncodingSettings settings,
+                             TrackPositions positions, SpeedUnit speedUnit, QStringList cameraNames, QObject* parent)
+    : BaseEncoder(std::move(items), std::move(interval), std::move(settings), parent),
       m_positions(std::move(positions)), m_speedUnit(speedUnit), m_cameraNames(std::move(cameraNames)) {
-    m_settings.filePath = std::move(filePath);
     m_settings.forceReencoding = true;
 }
 
@@ -47,37 +50,44 @@ QString OverviewVideo::defaultFontFile() {
 
 void OverviewVideo::encode() {
     m_canceled = false;
+    setFailure({}, false);
     const QString target = m_settings.filePath;
-    const QString partial = target + QStringLiteral(".part");
     LOG_INFO(kLogger, "Start writing the overview to '{}'", target.toStdString());
     QElapsedTimer stopwatch;
     stopwatch.start();
     emit progress(0);
+    if (const exporttarget::Refusal refused = targetRefusal()) {
+        LOG_ERROR(kLogger, "Failed to write the overview to '{}': {}", target.toStdString(), refused.text.toStdString());
+        setFailure(refused.text, true);
+        emit done(false);
+        return;
+    }
+    PartialFile partial(target);
+    bool stopped = false; // the user's cancel, as last seen before the file took its place
     try {
-        run(partial);
+        partial.create();
+        partial.closeDescriptor(); // the muxer opens the file by its name
+        run(partial.path());
+        stopped = m_canceled;
+        if (!stopped)
+            partial.commit(m_permissions.overwrite);
     } catch (const std::exception& error) {
         LOG_ERROR(kLogger, "Failed to write the overview to '{}': {}", target.toStdString(), error.what());
-        QFile::remove(partial);
+        partial.discard();
+        setFailure(QString::fromStdString(error.what()), dynamic_cast<const exporttarget::TargetError*>(&error) != nullptr);
         emit done(false);
         return;
     }
-    if (m_canceled) {
-        QFile::remove(partial);
+    if (stopped) {
+        partial.discard();
         emit canceled();
-        return;
-    }
-    QFile::remove(target);
-    if (!QFile::rename(partial, target)) {
-        LOG_ERROR(kLogger, "Failed to rename '{}' to '{}'", partial.toStdString(), target.toStdString());
-        QFile::remove(partial);
-        emit done(false);
         return;
     }
     LOG_INFO(kLogger, "Overview '{}' has been finished ({} ms)", target.toStdString(), stopwatch.elapsed());
     emit done(true);
 }
 
-void OverviewVideo::run(const QString& partialPath) {
+void OverviewVideo::run(const QString& writePath) {
     // The overview runs from the first recorded moment of the interval to the last.
     QDateTime start, end;
     for (const auto& item : m_items) {
@@ -96,7 +106,7 @@ void OverviewVideo::run(const QString& partialPath) {
 
     std::vector<std::unique_ptr<OverviewCamera>> cameras;
     for (int camera = 0; camera < 2; ++camera) {
-        auto pictures = std::make_unique<OverviewCamera>(m_items, camera, start, end, camera == 0);
+        auto pictures = std::make_unique<OverviewCamera>(m_items, camera, start, end, camera == 0 && !m_settings.onlyVideo);
         if (pictures->hasFiles())
             cameras.push_back(std::move(pictures));
     }
@@ -129,11 +139,17 @@ void OverviewVideo::run(const QString& partialPath) {
         frameRate = AVRational{25, 1};
 
     OverviewCanvas canvas(widths, height);
+    const int rotation = m_settings.rotation;
+    const bool sideways = rotation == 1 || rotation == 3;
     const int sampleRate = main.sampleRate() > 0 ? main.sampleRate() : kDefaultSampleRate;
-    const int channels = main.sampleRate() > 0 ? std::min(main.channels(), 2) : 1;
-    OverviewOutput output(partialPath, canvas.width(), canvas.height(), frameRate, sampleRate, channels);
-    OverviewSound sound(output, totalMs);
-    main.setSound(&sound);
+    const int channels = m_settings.onlyVideo ? 0 : main.sampleRate() > 0 ? std::min(main.channels(), 2) : 1;
+    OverviewOutput output(m_settings.filePath, writePath, sideways ? canvas.height() : canvas.width(),
+                          sideways ? canvas.width() : canvas.height(), frameRate, sampleRate, channels);
+    std::unique_ptr<OverviewSound> sound;
+    if (channels > 0) {
+        sound = std::make_unique<OverviewSound>(output, totalMs);
+        main.setSound(sound.get());
+    }
 
     QStringList names;
     for (std::size_t i = 0; i < cameras.size(); ++i)
@@ -141,7 +157,7 @@ void OverviewVideo::run(const QString& partialPath) {
     const QString fontFile = defaultFontFile();
     if (!QFileInfo::exists(fontFile))
         fail(fmt::format("The font of the overlay is missing: '{}'", fontFile.toStdString()));
-    OverviewTextFilter overlay(canvas, output.video->time_base, names, fontFile);
+    OverviewTextFilter overlay(canvas, output.video->time_base, names, fontFile, rotation);
 
     const std::int64_t frames = static_cast<std::int64_t>(std::ceil(totalMs * av_q2d(frameRate) / 1000.0));
     int lastPercent = 0;
@@ -166,7 +182,9 @@ void OverviewVideo::run(const QString& partialPath) {
     }
     if (m_canceled)
         return; // the caller removes the partial file; the output closes without a trailer
-    main.drainSound(totalMs);
-    sound.finish();
+    if (sound) {
+        main.drainSound(totalMs);
+        sound->finish();
+    }
     output.finish();
 }

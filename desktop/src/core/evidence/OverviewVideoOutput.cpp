@@ -1,4 +1,4 @@
-// The overview's MP4 file with its H.264 and AAC encoders.
+// The overview's file with its H.264 and AAC encoders, in the container its name asks for.
 #include "core/evidence/OverviewVideoOutput.h"
 
 #include "core/encoding/CutItems.h"
@@ -23,20 +23,24 @@ constexpr std::int64_t kAudioBitRate = 128000;
 
 } // namespace
 
-OverviewOutput::OverviewOutput(const QString& path, int width, int height, AVRational frameRate, int sampleRate,
-                               int channels) {
+OverviewOutput::OverviewOutput(const QString& targetPath, const QString& writePath, int width, int height,
+                               AVRational frameRate, int sampleRate, int channels) {
     try {
-        open(path, width, height, frameRate, sampleRate, channels);
+        open(targetPath, writePath, width, height, frameRate, sampleRate, channels);
     } catch (...) {
         close();
         throw;
     }
 }
 
-void OverviewOutput::open(const QString& path, int width, int height, AVRational frameRate, int sampleRate,
-                          int channels) {
-    const std::string utf8Path = encoding::ffmpegPath(path);
-    check(avformat_alloc_output_context2(&format, nullptr, "mp4", utf8Path.c_str()),
+void OverviewOutput::open(const QString& targetPath, const QString& writePath, int width, int height,
+                          AVRational frameRate, int sampleRate, int channels) {
+    const std::string utf8Target = encoding::ffmpegPath(targetPath);
+    const std::string utf8Path = encoding::ffmpegPath(writePath);
+    const AVOutputFormat* container = av_guess_format(nullptr, utf8Target.c_str(), nullptr);
+    if (!container)
+        fail(fmt::format("No container is known for '{}'", utf8Target));
+    check(avformat_alloc_output_context2(&format, container, nullptr, utf8Path.c_str()),
           "avformat_alloc_output_context2");
     const bool globalHeader = format->oformat->flags & AVFMT_GLOBALHEADER;
 
@@ -66,6 +70,18 @@ void OverviewOutput::open(const QString& path, int width, int height, AVRational
     check(avcodec_parameters_from_context(videoStream->codecpar, videoEncoder), "avcodec_parameters_from_context");
     videoStream->time_base = videoEncoder->time_base;
 
+    if (channels > 0)
+        openSound(sampleRate, channels, globalHeader);
+
+    const int opened = encoding::openCreatedOutput(&format->pb, utf8Path);
+    if (opened < 0)
+        encoding::failWriting(fmt::format("avio_open: {}", errorText(opened)), opened);
+    const int header = avformat_write_header(format, nullptr);
+    if (header < 0)
+        encoding::failWriting(fmt::format("avformat_write_header: {}", errorText(header)), header);
+}
+
+void OverviewOutput::openSound(int sampleRate, int channels, bool globalHeader) {
     const AVCodec* aac = avcodec_find_encoder(AV_CODEC_ID_AAC);
     if (!aac)
         fail("No AAC encoder");
@@ -84,9 +100,6 @@ void OverviewOutput::open(const QString& path, int width, int height, AVRational
         fail("avformat_new_stream for audio stream");
     check(avcodec_parameters_from_context(audioStream->codecpar, audioEncoder), "avcodec_parameters_from_context");
     audioStream->time_base = audioEncoder->time_base;
-
-    check(avio_open(&format->pb, utf8Path.c_str(), AVIO_FLAG_WRITE), "avio_open");
-    check(avformat_write_header(format, nullptr), "avformat_write_header");
 }
 
 OverviewOutput::~OverviewOutput() {
@@ -114,14 +127,20 @@ void OverviewOutput::encode(AVCodecContext* encoder, AVStream* stream, const AVF
         check(result, "avcodec_receive_packet");
         av_packet_rescale_ts(packet.get(), encoder->time_base, stream->time_base);
         packet->stream_index = stream->index;
-        check(av_interleaved_write_frame(format, packet.get()), "av_interleaved_write_frame");
+        const int written = av_interleaved_write_frame(format, packet.get());
+        if (written < 0)
+            encoding::failWriting(fmt::format("av_interleaved_write_frame: {}", errorText(written)), written);
     }
 }
 
 void OverviewOutput::finish() {
     encode(video.get(), videoStream, nullptr);
-    check(av_write_trailer(format), "av_write_trailer");
-    check(avio_closep(&format->pb), "avio_closep");
+    const int trailer = av_write_trailer(format);
+    if (trailer < 0)
+        encoding::failWriting(fmt::format("av_write_trailer: {}", errorText(trailer)), trailer);
+    const int closed = avio_closep(&format->pb);
+    if (closed < 0)
+        encoding::failWriting(fmt::format("avio_closep: {}", errorText(closed)), closed);
 }
 
 } // namespace evidence::detail

@@ -1,4 +1,4 @@
-// The overview's MP4 file with its H.264 and AAC encoders.
+// The overview's file with its H.264 and AAC encoders, in the container its name asks for.
 #pragma once
 
 #include "core/evidence/OverviewVideoFfmpeg.h"
@@ -14,9 +14,11 @@ struct OverviewOutput {
     CodecPtr audio;
     AVStream* audioStream = nullptr;
 
-    // Opens the file and writes its header: yuv420p pictures of width x height at frameRate, sound at
-    // sampleRate with `channels` channels.
-    OverviewOutput(const QString& path, int width, int height, AVRational frameRate, int sampleRate, int channels);
+    // Opens writePath and writes its header: yuv420p pictures of width x height at frameRate, sound at
+    // sampleRate with `channels` channels (none when 0). The container follows targetPath's extension
+    // (mp4, mov, mkv, avi...), so a file written under a temporary name keeps the kind its name promises.
+    OverviewOutput(const QString& targetPath, const QString& writePath, int width, int height, AVRational frameRate,
+                   int sampleRate, int channels);
     // Closes the file; without finish() it has no trailer.
     ~OverviewOutput();
     OverviewOutput(const OverviewOutput&) = delete;
@@ -28,7 +30,9 @@ struct OverviewOutput {
     void finish();
 
 private:
-    void open(const QString& path, int width, int height, AVRational frameRate, int sampleRate, int channels);
+    void open(const QString& targetPath, const QString& writePath, int width, int height, AVRational frameRate,
+              int sampleRate, int channels);
+    void openSound(int sampleRate, int channels, bool globalHeader);
     void close();
 };
 

@@ -1,8 +1,11 @@
 // The text burned into every picture of the overview video.
 #include "core/evidence/OverviewVideoOverlay.h"
 
+#include <QLocale>
+
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace evidence {
 namespace {
@@ -16,6 +19,24 @@ QString degrees(double value, char positive, char negative) {
 }
 
 } // namespace
+
+TrackPositions trackIn(const Playlist::RawItems& items, const TimeInterval& interval) {
+    const TrackTime from = trackTimeFromSeconds(interval.from.toSecsSinceEpoch());
+    const TrackTime to = trackTimeFromSeconds(interval.to.toSecsSinceEpoch());
+    TrackPositions track;
+    for (const Playlist::RawItemPtr& item : items)
+        if (item->track)
+            std::copy_if(item->track->positions.begin(), item->track->positions.end(), std::back_inserter(track),
+                         [from, to](const TrackPosition& p) { return from <= p.time && p.time <= to; });
+    std::stable_sort(track.begin(), track.end(),
+                     [](const TrackPosition& a, const TrackPosition& b) { return a.time < b.time; });
+    return track;
+}
+
+SpeedUnit localeSpeedUnit() {
+    return QLocale().measurementSystem() == QLocale::MetricSystem ? SpeedUnit::KilometresPerHour
+                                                                   : SpeedUnit::MilesPerHour;
+}
 
 const TrackPosition* fixInForce(const TrackPositions& track, const QDateTime& time) {
     const std::int64_t seconds = time.toSecsSinceEpoch();

@@ -2,6 +2,8 @@
 // heading and position.
 #pragma once
 
+#include "core/Playlist.h"
+#include "core/TimeInterval.h"
 #include "core/TrackPosition.h"
 #include "core/evidence/EvidenceSummary.h"
 
@@ -9,6 +11,12 @@
 #include <QString>
 
 namespace evidence {
+
+// The fixes of the items' tracks from the interval's first second to its last, in time order.
+TrackPositions trackIn(const Playlist::RawItems& items, const TimeInterval& interval);
+
+// The speed unit of the user's locale: mph where miles are the custom, km/h elsewhere.
+SpeedUnit localeSpeedUnit();
 
 // The fix in force at a moment: the last one at or before it, while it is less than kFixLifeSeconds old;
 // nullptr when there is none (before the first fix, or the receiver lost it). The track is in time order.

@@ -92,11 +92,12 @@ void OverviewTextFilter::GraphDeleter::operator()(AVFilterGraph* graph) const {
 }
 
 OverviewTextFilter::OverviewTextFilter(const OverviewCanvas& canvas, AVRational timeBase,
-                                       const QStringList& cameraNames, const QString& fontFile)
+                                       const QStringList& cameraNames, const QString& fontFile, int rotation)
     : m_graph(avfilter_graph_alloc()), m_filtered(newFrame()) {
     if (!m_graph)
         fail("avfilter_graph_alloc failed");
-    const int textHeight = std::max(kMinTextHeight, canvas.height() / kTextHeightDivisor);
+    // The shorter side sets the size, so that a turned picture's lines still fit its width.
+    const int textHeight = std::max(kMinTextHeight, std::min(canvas.width(), canvas.height()) / kTextHeightDivisor);
     const int margin = textHeight / 2;
     const std::string font = fontFile.toStdString();
     const std::string args = fmt::format("video_size={}x{}:pix_fmt={}:time_base={}/{}:pixel_aspect=1/1", canvas.width(),
@@ -104,12 +105,28 @@ OverviewTextFilter::OverviewTextFilter(const OverviewCanvas& canvas, AVRational 
     check(avfilter_graph_create_filter(&m_source, avfilter_get_by_name("buffer"), "in", args.c_str(), nullptr,
                                        m_graph.get()),
           "avfilter_graph_create_filter(buffer)");
-    AVFilterContext* last = link(m_source, drawText("info", font, fmt::format("%{{metadata:{}}}", kTextKey), textHeight,
+    // The turns a cut's re-encode makes: transpose "2" turns a quarter one way, "1" the other.
+    std::vector<const char*> turns;
+    if (rotation == 1)
+        turns = {"2"};
+    else if (rotation == 2)
+        turns = {"1", "1"};
+    else if (rotation == 3)
+        turns = {"1"};
+    AVFilterContext* last = m_source;
+    for (std::size_t i = 0; i < turns.size(); ++i) {
+        AVFilterContext* turn = nullptr;
+        check(avfilter_graph_create_filter(&turn, avfilter_get_by_name("transpose"), fmt::format("turn{}", i).c_str(),
+                                           turns[i], nullptr, m_graph.get()),
+              "avfilter_graph_create_filter(transpose)");
+        last = link(last, turn);
+    }
+    last = link(last, drawText("info", font, fmt::format("%{{metadata:{}}}", kTextKey), textHeight,
                                                     std::to_string(margin), std::to_string(margin), true));
     for (int i = 0; i < cameraNames.size(); ++i) {
         if (cameraNames[i].isEmpty())
             continue; // drawtext refuses an empty text
-        const int x = canvas.left(static_cast<std::size_t>(i)) + margin;
+        const int x = (turns.empty() ? canvas.left(static_cast<std::size_t>(i)) : 0) + margin;
         last = link(last, drawText(fmt::format("camera{}", i), font, cameraNames[i].toStdString(), textHeight,
                                    std::to_string(x), fmt::format("h-th-{}", margin), false));
     }

@@ -42,11 +42,14 @@ private:
     std::vector<SwsContext*> m_scalers; // one a camera, kept while the size stays
 };
 
-// buffer -> drawtext (each picture's own text) -> drawtext per camera name -> buffersink, on canvas pictures.
+// buffer -> transpose (when turned) -> drawtext (each picture's own text) -> drawtext per camera name ->
+// buffersink, on canvas pictures.
 class OverviewTextFilter {
 public:
+    // rotation: the turn of a cut's picture, 0 none, 1 90, 2 180, 3 270 degrees (as a cut's settings say);
+    // the canvas then holds one camera.
     OverviewTextFilter(const OverviewCanvas& canvas, AVRational timeBase, const QStringList& cameraNames,
-                       const QString& fontFile);
+                       const QString& fontFile, int rotation = 0);
     ~OverviewTextFilter();
     OverviewTextFilter(const OverviewTextFilter&) = delete;
     OverviewTextFilter& operator=(const OverviewTextFilter&) = delete;
