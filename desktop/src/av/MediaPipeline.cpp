@@ -161,6 +161,11 @@ int MediaPipeline::seek(double targetMs) {
     return m_seekSerial;
 }
 
+void MediaPipeline::setPictureTarget(std::shared_ptr<const PictureTarget> target) {
+    std::lock_guard<std::mutex> lock(m_targetMutex);
+    m_target = std::move(target);
+}
+
 void MediaPipeline::readLoop() {
     PacketPtr packet(av_packet_alloc());
     int serial = 0;
@@ -294,6 +299,20 @@ bool MediaPipeline::deliverFrame(FramePtr frame, int serial, double& seekTarget)
         // Late pictures are thrown away here, except the key frames of fast forward: they are all it has.
         ++m_lateDropped;
         return true;
+    }
+    std::shared_ptr<const PictureTarget> target;
+    {
+        std::lock_guard<std::mutex> lock(m_targetMutex);
+        target = m_target;
+    }
+    if (target) {
+        // Converted here rather than when painted, so that the GUI thread only draws.
+        const QSize size = target->pictureSizeFor(displaySize(frame.get()));
+        if (!size.isEmpty()) {
+            out.picture = QImage(size, QImage::Format_RGB32);
+            if (!m_converter.convertInto(frame.get(), out.picture))
+                out.picture = QImage();
+        }
     }
     out.frame = shareFrame(std::move(frame));
     return m_frames.push(std::move(out), [this, serial] { return m_stop.load() || m_serial.load() != serial; });

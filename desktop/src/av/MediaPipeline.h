@@ -4,7 +4,9 @@
 
 #include "av/Clock.h"
 #include "av/Ffmpeg.h"
+#include "av/FrameConverter.h"
 #include "av/MediaQueues.h"
+#include "av/PictureTarget.h"
 
 #include <QSize>
 #include <QString>
@@ -42,6 +44,9 @@ public:
     int seek(double targetMs);
     int serial() const { return m_serial.load(); }
     FrameQueue& frames() { return m_frames; }
+    // Where the pictures go: the decoder converts each frame it delivers to the size the target asks for
+    // (VideoFrame::picture). Null (no widget, e.g. a file loaded ahead) converts nothing. Any thread.
+    void setPictureTarget(std::shared_ptr<const PictureTarget> target);
 
     // Frames thrown away by the decoder because they were already late.
     int lateFramesDropped() const { return m_lateDropped.load(); }
@@ -78,6 +83,10 @@ private:
     double m_seekTargetMs = 0;
     int m_seekSerial = 0;
     std::atomic<bool> m_seekPending{false};
+
+    std::mutex m_targetMutex;
+    std::shared_ptr<const PictureTarget> m_target;
+    FrameConverter m_converter;  // decoder thread
 
     std::atomic<int> m_lateDropped{0};
     int m_discard = 0;  // AVDiscard in force

@@ -3,6 +3,8 @@
 
 #include "av/Ffmpeg.h"
 
+#include <QImage>
+
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -46,6 +48,7 @@ private:
 // A decoded picture with its media time.
 struct VideoFrame {
     SharedFrame frame;        // empty for the end-of-stream marker
+    QImage picture;           // the frame converted for display by the decoder, or null
     double ptsMs = 0;         // media time, from the start of the file
     double durationMs = 0;
     int serial = 0;

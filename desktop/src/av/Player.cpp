@@ -68,6 +68,8 @@ void Player::load() {
     m_current = {};
     m_pipeline = std::make_unique<MediaPipeline>(m_file, m_clock, m_soundDevice ? m_audioSink.get() : nullptr);
     m_current = m_pipeline->firstFrame();
+    if (m_renderer)
+        m_pipeline->setPictureTarget(m_renderer->pictureTarget());
     m_serial = m_pipeline->serial();
     m_ended = m_seeking = m_stepPending = false;
     m_pipeline->start();
@@ -76,8 +78,10 @@ void Player::load() {
 
 void Player::setRenderer(VideoWidget* renderer) {
     m_renderer = renderer;
+    if (m_pipeline)
+        m_pipeline->setPictureTarget(m_renderer ? m_renderer->pictureTarget() : nullptr);
     if (m_renderer && m_current.frame)
-        m_renderer->setFrame(m_current.frame);
+        m_renderer->setFrame(m_current.frame, m_current.picture);
 }
 
 void Player::play() {
@@ -313,7 +317,7 @@ void Player::show(const VideoFrame& frame) {
         m_fpsCount = 0;
     }
     if (m_renderer)
-        m_renderer->setFrame(frame.frame);
+        m_renderer->setFrame(frame.frame, frame.picture);
     emit frameShown();
 }
 
