@@ -241,6 +241,7 @@ void MediaPipeline::videoLoop() {
             VideoFrame end;
             end.endOfStream = true;
             end.serial = serial;
+            const bool answersSeek = seekTarget >= 0;
             if (seekTarget >= 0 && m_lastPassed.frame) {
                 // Sought past the last picture: that picture is the answer.
                 m_lastPassed.seekResult = true;
@@ -251,7 +252,8 @@ void MediaPipeline::videoLoop() {
             }
             m_lastPassed = {};
             seekTarget = -1;
-            m_frames.push(std::move(end), giveUp);
+            if (m_frames.push(std::move(end), giveUp) && answersSeek && m_seekAnswered)
+                m_seekAnswered();
             continue;
         }
         sendVideoPacket(entry->packet.get(), serial, seekTarget);
@@ -315,7 +317,12 @@ bool MediaPipeline::deliverFrame(FramePtr frame, int serial, double& seekTarget)
         }
     }
     out.frame = shareFrame(std::move(frame));
-    return m_frames.push(std::move(out), [this, serial] { return m_stop.load() || m_serial.load() != serial; });
+    const bool answersSeek = out.seekResult;
+    if (!m_frames.push(std::move(out), [this, serial] { return m_stop.load() || m_serial.load() != serial; }))
+        return false;
+    if (answersSeek && m_seekAnswered)
+        m_seekAnswered();
+    return true;
 }
 
 // ffplay's idea: when decoding falls behind the clock (high speed), decode less rather than fall further.

@@ -12,6 +12,7 @@
 #include <QString>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -44,6 +45,8 @@ public:
     int seek(double targetMs);
     int serial() const { return m_serial.load(); }
     FrameQueue& frames() { return m_frames; }
+    // Called on the decoder thread once the answer to a seek is in frames(). Set it before start().
+    void setSeekAnswered(std::function<void()> callback) { m_seekAnswered = std::move(callback); }
     // Where the pictures go: the decoder converts each frame it delivers to the size the target asks for
     // (VideoFrame::picture). Null (no widget, e.g. a file loaded ahead) converts nothing. Any thread.
     void setPictureTarget(std::shared_ptr<const PictureTarget> target);
@@ -84,6 +87,7 @@ private:
     int m_seekSerial = 0;
     std::atomic<bool> m_seekPending{false};
 
+    std::function<void()> m_seekAnswered;
     std::mutex m_targetMutex;
     std::shared_ptr<const PictureTarget> m_target;
     FrameConverter m_converter;  // decoder thread

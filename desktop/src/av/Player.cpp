@@ -67,6 +67,13 @@ void Player::load() {
     m_pipeline.reset();
     m_current = {};
     m_pipeline = std::make_unique<MediaPipeline>(m_file, m_clock, m_soundDevice ? m_audioSink.get() : nullptr);
+    // The answer to a seek goes to the screen at once rather than at the presenter's next tick.
+    m_pipeline->setSeekAnswered([this] {
+        QMetaObject::invokeMethod(this, [this] {
+            if (m_seeking)
+                present();
+        }, Qt::QueuedConnection);
+    });
     m_current = m_pipeline->firstFrame();
     if (m_renderer)
         m_pipeline->setPictureTarget(m_renderer->pictureTarget());
@@ -133,6 +140,7 @@ void Player::beginSeek(double ms) {
     m_seeking = true;
     m_seekTarget = ms;
     m_serial = m_pipeline->seek(ms);  // frames of older serials are thrown away unseen
+    m_pipeline->frames().clear();      // and need not hold up the decoder until the presenter drops them
     m_clock.setValueMs(ms);
     updateClockAndSound();
 }
