@@ -40,6 +40,7 @@ public:
     QSize frameSize() const;
     bool hasAudio() const { return m_audio != nullptr; }
 
+    // Starts the reader and decoder threads; until then only the first picture is held. Idempotent.
     void start();
     // Asks for the exact frame at targetMs; returns the serial whose frames answer it.
     int seek(double targetMs);
@@ -77,8 +78,10 @@ private:
     VideoFrame m_firstFrame;
     VideoFrame m_lastPassed;  // decoder thread: the latest picture a seek went past
 
-    PacketQueue m_videoPackets{90};  // 3 s at 30 fps: enough to ride out a slow disk, little memory
-    FrameQueue m_frames{4};  // a few pictures ahead; each more costs 3 MB in 1080p
+    // 3 s at 30 fps, and 6 MB (a second of 48 Mbit/s 4K): enough to ride out a slow card, little memory.
+    PacketQueue m_videoPackets{90, 6 << 20};
+    // A few pictures ahead: 4 of 720p, 3 of 1080p (4 MB each with the converted picture), 2 of 4K.
+    FrameQueue m_frames{4, 12 << 20};
     std::atomic<int> m_serial{0};
     std::atomic<bool> m_stop{false};
 
@@ -94,6 +97,7 @@ private:
 
     std::atomic<int> m_lateDropped{0};
     int m_discard = 0;  // AVDiscard in force
+    bool m_started = false;
     std::thread m_reader;
     std::thread m_decoder;
 };

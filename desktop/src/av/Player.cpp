@@ -79,7 +79,7 @@ void Player::load() {
         m_pipeline->setPictureTarget(m_renderer->pictureTarget());
     m_serial = m_pipeline->serial();
     m_ended = m_seeking = m_stepPending = false;
-    m_pipeline->start();
+    // The threads start with the first play, seek or step: a file loaded ahead holds only its first picture.
     LOG_DEBUG(kLogger, "Loaded {}", m_file.toStdString());
 }
 
@@ -96,6 +96,7 @@ void Player::play() {
         LOG_ERROR(kLogger, "play() called before load() for {}", m_file.toStdString());
         return;
     }
+    m_pipeline->start();
     const double start = static_cast<double>(m_startPosition);
     const bool atFirstFrame = m_current.ptsMs == m_pipeline->firstFrame().ptsMs;
     const bool showsStart = start < m_current.endMs() && (start >= m_current.ptsMs || atFirstFrame);
@@ -137,6 +138,7 @@ void Player::setPosition(qint64 ms) {
 }
 
 void Player::beginSeek(double ms) {
+    m_pipeline->start();
     m_seeking = true;
     m_seekTarget = ms;
     m_serial = m_pipeline->seek(ms);  // frames of older serials are thrown away unseen
@@ -148,6 +150,7 @@ void Player::beginSeek(double ms) {
 void Player::stepForward() {
     if (!m_pipeline || m_ended)
         return;
+    m_pipeline->start();
     if (m_state == State::Playing)
         setState(State::Paused);
     m_stepPending = true;
