@@ -1,5 +1,7 @@
 // Playback engine figures: two cameras at 1x..8x, exact seek latency, load time, decode throughput
 // against the ffmpeg tool, memory. Run under Xvfb: bench-playback [--seconds N] (length of the media, 60).
+// bench/app-playback runs single parts on its own files and reads their one-line figures:
+// bench-playback --decode FILE | --seek FILE | --first-picture FRONT REAR
 #include "av/Clock.h"
 #include "av/MediaPipeline.h"
 #include "av/Player.h"
@@ -154,7 +156,7 @@ void playTwoCameras(const QString& frontFile, const QString& rearFile, double sp
                 memory.first, memory.second);
 }
 
-void seekLatency(const QString& file, int mediaSeconds) {
+std::vector<double> seekLatencies(const QString& file, int mediaSeconds) {
     Window view;
     av::Player player;
     player.setFile(file);
@@ -176,12 +178,18 @@ void seekLatency(const QString& file, int mediaSeconds) {
         latencies.push_back(timer.nsecsElapsed() / 1e6);
         runEvents(20);
     }
+    return latencies;
+}
+
+void seekLatency(const QString& file, int mediaSeconds) {
+    const std::vector<double> latencies = seekLatencies(file, mediaSeconds);
+    std::mt19937 random(7);
+    std::uniform_int_distribution<int> position(0, mediaSeconds * 1000 - 1000);
     std::printf("exact seek 1080p (key frame each second, paused, 40 random targets): median %.0f ms, p95 %.0f ms, "
                 "max %.0f ms\n",
                 percentile(latencies, 0.5), percentile(latencies, 0.95), percentile(latencies, 1));
     // For scale on this machine: the ffmpeg tool's own exact seek to one frame, process start included.
     std::vector<double> tool;
-    random.seed(7);
     for (int i = 0; i < 10; ++i) {
         double seconds = 0;
         runFfmpeg({"-ss", QString::number(position(random) / 1000.0), "-i", file, "-an", "-frames:v", "1", "-f", "null", "-"},
@@ -208,10 +216,29 @@ void loadTime(const QString& front, const QString& rear) {
                 percentile(times, 0.5), percentile(times, 1));
 }
 
-void decodeThroughput(const QString& file) {
+// Loads both cameras of a recording as the playback controller does and draws their first pictures.
+std::vector<double> firstPictureTimes(const QString& front, const QString& rear) {
+    std::vector<double> times;
+    for (int i = 0; i < 10; ++i) {
+        Window view;
+        runEvents(50);
+        QElapsedTimer timer;
+        timer.start();
+        MultiAVPlayer cameras(2);
+        cameras.setFiles({front, rear});
+        cameras.load();
+        cameras.setRenderers({&view.front, &view.rear});
+        cameras.playPaused();
+        view.front.repaint();
+        view.rear.repaint();
+        times.push_back(timer.nsecsElapsed() / 1e6);
+    }
+    return times;
+}
+
+// Every frame of the file through the pipeline, as fast as it decodes; returns the number of frames.
+int decodeAll(const QString& file) {
     av::Clock stopped;  // never started: nothing counts as late, every frame is delivered
-    QElapsedTimer timer;
-    timer.start();
     av::MediaPipeline pipeline(file, stopped, nullptr);
     pipeline.start();
     int frames = 1;
@@ -226,6 +253,13 @@ void decodeThroughput(const QString& file) {
             break;
         ++frames;
     }
+    return frames;
+}
+
+void decodeThroughput(const QString& file) {
+    QElapsedTimer timer;
+    timer.start();
+    const int frames = decodeAll(file);
     const double ours = timer.elapsed() / 1000.0;
     double tool = 0, toolVideoOnly = 0;
     runFfmpeg({"-i", file, "-f", "null", "-"}, &tool);
@@ -240,6 +274,25 @@ void decodeThroughput(const QString& file) {
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
+    const QStringList args = app.arguments();
+    if (args.size() == 3 && args[1] == "--decode") {
+        std::printf("frames: %d\n", decodeAll(args[2]));
+        return 0;
+    }
+    if (args.size() == 3 && args[1] == "--seek") {
+        av::Player probe;
+        probe.setFile(args[2]);
+        probe.load();
+        const auto latencies = seekLatencies(args[2], static_cast<int>(probe.duration() / 1000));
+        std::printf("seek: %.1f %.1f %.1f\n", percentile(latencies, 0.5), percentile(latencies, 0.95),
+                    percentile(latencies, 1));
+        return 0;
+    }
+    if (args.size() == 4 && args[1] == "--first-picture") {
+        const auto times = firstPictureTimes(args[2], args[3]);
+        std::printf("first-picture: %.1f %.1f\n", percentile(times, 0.5), percentile(times, 1));
+        return 0;
+    }
     int seconds = 60;
     for (int i = 1; i + 1 < argc; ++i)
         if (std::string(argv[i]) == "--seconds")

@@ -66,3 +66,18 @@ TEST_F(VideoWidgetTest, cleared_it_is_all_black) {
     EXPECT_TRUE(isBlack(image.pixel(200, 200)));
     EXPECT_TRUE(isBlack(image.pixel(5, 200)));
 }
+
+TEST_F(VideoWidgetTest, the_decoder_converts_pictures_at_the_size_the_widget_draws_them_at) {
+    player.setRenderer(&widget);
+    widget.resize(301, 400);  // an odd width: the picture is one column narrower
+    player.play();
+    const auto convertedAt = [&](QSize size) {
+        return testsupport::waitUntil([&] { return player.currentFrame().picture.size() == size; }, 3000);
+    };
+    EXPECT_TRUE(convertedAt(QSize(300, 169))) << player.currentFrame().picture.size().width();
+    widget.setOrientation(90);
+    EXPECT_TRUE(convertedAt(QSize(400, 225))) << player.currentFrame().picture.size().width();
+    const QImage image = picture();
+    EXPECT_TRUE(isBlack(image.pixel(10, 200)));
+    EXPECT_FALSE(isBlack(image.pixel(150, 200)));
+}

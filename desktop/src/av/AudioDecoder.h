@@ -39,7 +39,7 @@ private:
     const double m_originMs;
     const Clock& m_clock;
     AudioSink* m_sink;
-    PacketQueue m_packets{512};
+    PacketQueue m_packets{512, 1 << 20};  // sound packets are small: the count bounds it
     std::atomic<bool> m_stop{false};
     std::thread m_thread;
 

@@ -6,7 +6,18 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
+#include <tuple>
+
 namespace av {
+namespace {
+constexpr int kScalerFlags = SWS_BILINEAR;
+} // namespace
+
+bool FrameConverter::Key::operator==(const Key& other) const {
+    return std::tie(sourceWidth, sourceHeight, sourceFormat, targetWidth, targetHeight, targetFormat) ==
+           std::tie(other.sourceWidth, other.sourceHeight, other.sourceFormat, other.targetWidth, other.targetHeight,
+                    other.targetFormat);
+}
 
 FrameConverter::~FrameConverter() {
     sws_freeContext(m_scaler);
@@ -17,18 +28,31 @@ QImage FrameConverter::convert(const AVFrame* frame, QSize size, QImage::Format 
         return {};
     if (size.isEmpty())
         size = QSize(frame->width, frame->height);
-    const AVPixelFormat target = format == QImage::Format_RGB888 ? AV_PIX_FMT_RGB24 : AV_PIX_FMT_BGRA;
-    if (format != QImage::Format_RGB888)
-        format = QImage::Format_RGB32;
-    m_scaler = sws_getCachedContext(m_scaler, frame->width, frame->height, static_cast<AVPixelFormat>(frame->format),
-                                    size.width(), size.height(), target, SWS_BILINEAR, nullptr, nullptr, nullptr);
-    if (!m_scaler)
+    QImage image(size, format == QImage::Format_RGB888 ? QImage::Format_RGB888 : QImage::Format_RGB32);
+    if (image.isNull() || !convertInto(frame, image))
         return {};
-    QImage image(size, format);
+    return image;
+}
+
+bool FrameConverter::convertInto(const AVFrame* frame, QImage& image) {
+    if (!frame || frame->width <= 0 || frame->height <= 0 || image.isNull())
+        return false;
+    const Key key{frame->width, frame->height, frame->format, image.width(), image.height(),
+                  image.format() == QImage::Format_RGB888 ? AV_PIX_FMT_RGB24 : AV_PIX_FMT_BGRA};
+    if (!m_scaler || !(key == m_key)) {
+        sws_freeContext(m_scaler);
+        m_scaler = sws_getContext(key.sourceWidth, key.sourceHeight, static_cast<AVPixelFormat>(key.sourceFormat),
+                                  key.targetWidth, key.targetHeight, static_cast<AVPixelFormat>(key.targetFormat),
+                                  kScalerFlags, nullptr, nullptr, nullptr);
+        m_key = key;
+        ++m_built;
+    }
+    if (!m_scaler)
+        return false;
     uint8_t* planes[4] = {image.bits(), nullptr, nullptr, nullptr};
     int strides[4] = {image.bytesPerLine(), 0, 0, 0};
     sws_scale(m_scaler, frame->data, frame->linesize, 0, frame->height, planes, strides);
-    return image;
+    return true;
 }
 
 QSize displaySize(const AVFrame* frame) {

@@ -6,7 +6,11 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QThread>
 
+#include <pthread.h>
+
+#include <algorithm>
 #include <stdexcept>
 
 namespace av {
@@ -18,6 +22,9 @@ constexpr double kDecoderLateMs = 60;
 constexpr double kSkipNonRefMs = 60;
 // (Beyond the second, decoding every picture cannot catch up: it jumps to the next key frame instead.)
 constexpr double kSkipNonKeyMs = 300;
+// Frame threads of one camera's decoder. Each holds pictures and a copy of the decoder's state (several MB in
+// 1080p), and one 1080p30 stream needs well under a core: beyond 4 the cameras only compete for the cores.
+constexpr int kMaxDecoderThreads = 4;
 
 std::runtime_error failure(const std::string& text) {
     return std::runtime_error(text);
@@ -69,7 +76,7 @@ void MediaPipeline::open(const QString& file, AudioSink* sink) {
     AVStream* video = format->streams[m_videoStream];
     m_video.reset(avcodec_alloc_context3(videoCodec));
     avcodec_parameters_to_context(m_video.get(), video->codecpar);
-    m_video->thread_count = 0;  // as many as the machine has, like the ffmpeg tool
+    m_video->thread_count = std::clamp(QThread::idealThreadCount(), 1, kMaxDecoderThreads);
     m_video->thread_type = FF_THREAD_FRAME | FF_THREAD_SLICE;
     ret = avcodec_open2(m_video.get(), videoCodec, nullptr);
     if (ret < 0)
@@ -145,10 +152,19 @@ void MediaPipeline::primeFirstFrame() {
 }
 
 void MediaPipeline::start() {
+    if (m_started)
+        return;
+    m_started = true;
     if (m_audio)
         m_audio->start();
-    m_decoder = std::thread([this] { videoLoop(); });
-    m_reader = std::thread([this] { readLoop(); });
+    m_decoder = std::thread([this] {
+        pthread_setname_np(pthread_self(), "av-video");  // named for profilers and top -H
+        videoLoop();
+    });
+    m_reader = std::thread([this] {
+        pthread_setname_np(pthread_self(), "av-reader");
+        readLoop();
+    });
 }
 
 int MediaPipeline::seek(double targetMs) {
@@ -159,6 +175,11 @@ int MediaPipeline::seek(double targetMs) {
     m_videoPackets.wake();
     m_frames.wake();
     return m_seekSerial;
+}
+
+void MediaPipeline::setPictureTarget(std::shared_ptr<const PictureTarget> target) {
+    std::lock_guard<std::mutex> lock(m_targetMutex);
+    m_target = std::move(target);
 }
 
 void MediaPipeline::readLoop() {
@@ -236,6 +257,7 @@ void MediaPipeline::videoLoop() {
             VideoFrame end;
             end.endOfStream = true;
             end.serial = serial;
+            const bool answersSeek = seekTarget >= 0;
             if (seekTarget >= 0 && m_lastPassed.frame) {
                 // Sought past the last picture: that picture is the answer.
                 m_lastPassed.seekResult = true;
@@ -246,7 +268,8 @@ void MediaPipeline::videoLoop() {
             }
             m_lastPassed = {};
             seekTarget = -1;
-            m_frames.push(std::move(end), giveUp);
+            if (m_frames.push(std::move(end), giveUp) && answersSeek && m_seekAnswered)
+                m_seekAnswered();
             continue;
         }
         sendVideoPacket(entry->packet.get(), serial, seekTarget);
@@ -295,8 +318,27 @@ bool MediaPipeline::deliverFrame(FramePtr frame, int serial, double& seekTarget)
         ++m_lateDropped;
         return true;
     }
+    std::shared_ptr<const PictureTarget> target;
+    {
+        std::lock_guard<std::mutex> lock(m_targetMutex);
+        target = m_target;
+    }
+    if (target) {
+        // Converted here rather than when painted, so that the GUI thread only draws.
+        const QSize size = target->pictureSizeFor(displaySize(frame.get()));
+        if (!size.isEmpty()) {
+            out.picture = QImage(size, QImage::Format_RGB32);
+            if (!m_converter.convertInto(frame.get(), out.picture))
+                out.picture = QImage();
+        }
+    }
     out.frame = shareFrame(std::move(frame));
-    return m_frames.push(std::move(out), [this, serial] { return m_stop.load() || m_serial.load() != serial; });
+    const bool answersSeek = out.seekResult;
+    if (!m_frames.push(std::move(out), [this, serial] { return m_stop.load() || m_serial.load() != serial; }))
+        return false;
+    if (answersSeek && m_seekAnswered)
+        m_seekAnswered();
+    return true;
 }
 
 // ffplay's idea: when decoding falls behind the clock (high speed), decode less rather than fall further.

@@ -4,12 +4,15 @@
 
 #include "av/Clock.h"
 #include "av/Ffmpeg.h"
+#include "av/FrameConverter.h"
 #include "av/MediaQueues.h"
+#include "av/PictureTarget.h"
 
 #include <QSize>
 #include <QString>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -37,11 +40,17 @@ public:
     QSize frameSize() const;
     bool hasAudio() const { return m_audio != nullptr; }
 
+    // Starts the reader and decoder threads; until then only the first picture is held. Idempotent.
     void start();
     // Asks for the exact frame at targetMs; returns the serial whose frames answer it.
     int seek(double targetMs);
     int serial() const { return m_serial.load(); }
     FrameQueue& frames() { return m_frames; }
+    // Called on the decoder thread once the answer to a seek is in frames(). Set it before start().
+    void setSeekAnswered(std::function<void()> callback) { m_seekAnswered = std::move(callback); }
+    // Where the pictures go: the decoder converts each frame it delivers to the size the target asks for
+    // (VideoFrame::picture). Null (no widget, e.g. a file loaded ahead) converts nothing. Any thread.
+    void setPictureTarget(std::shared_ptr<const PictureTarget> target);
 
     // Frames thrown away by the decoder because they were already late.
     int lateFramesDropped() const { return m_lateDropped.load(); }
@@ -69,8 +78,10 @@ private:
     VideoFrame m_firstFrame;
     VideoFrame m_lastPassed;  // decoder thread: the latest picture a seek went past
 
-    PacketQueue m_videoPackets{90};  // 3 s at 30 fps: enough to ride out a slow disk, little memory
-    FrameQueue m_frames{4};  // a few pictures ahead; each more costs 3 MB in 1080p
+    // 3 s at 30 fps, and 6 MB (a second of 48 Mbit/s 4K): enough to ride out a slow card, little memory.
+    PacketQueue m_videoPackets{90, 6 << 20};
+    // A few pictures ahead: 4 of 720p, 3 of 1080p (4 MB each with the converted picture), 2 of 4K.
+    FrameQueue m_frames{4, 12 << 20};
     std::atomic<int> m_serial{0};
     std::atomic<bool> m_stop{false};
 
@@ -79,8 +90,14 @@ private:
     int m_seekSerial = 0;
     std::atomic<bool> m_seekPending{false};
 
+    std::function<void()> m_seekAnswered;
+    std::mutex m_targetMutex;
+    std::shared_ptr<const PictureTarget> m_target;
+    FrameConverter m_converter;  // decoder thread
+
     std::atomic<int> m_lateDropped{0};
     int m_discard = 0;  // AVDiscard in force
+    bool m_started = false;
     std::thread m_reader;
     std::thread m_decoder;
 };

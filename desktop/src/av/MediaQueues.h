@@ -3,6 +3,8 @@
 
 #include "av/Ffmpeg.h"
 
+#include <QImage>
+
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -23,10 +25,11 @@ struct PacketEntry {
     double targetMs = 0;  // Flush: the exact time the seek asked for
 };
 
-// A bounded queue of packets; push blocks while full so that the reader never runs far ahead.
+// A bounded queue of packets; push blocks while full so that the reader never runs far ahead. Full at
+// `capacity` packets or `byteBudget` bytes, whichever comes first (one packet always fits).
 class PacketQueue {
 public:
-    explicit PacketQueue(size_t capacity) : m_capacity(capacity) {}
+    PacketQueue(size_t capacity, size_t byteBudget) : m_capacity(capacity), m_byteBudget(byteBudget) {}
 
     // Blocks while full; returns false without queueing when `giveUp` turns true.
     bool push(PacketEntry entry, const std::function<bool()>& giveUp);
@@ -38,14 +41,17 @@ public:
 
 private:
     const size_t m_capacity;
+    const size_t m_byteBudget;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<PacketEntry> m_entries;
+    size_t m_bytes = 0;
 };
 
 // A decoded picture with its media time.
 struct VideoFrame {
     SharedFrame frame;        // empty for the end-of-stream marker
+    QImage picture;           // the frame converted for display by the decoder, or null
     double ptsMs = 0;         // media time, from the start of the file
     double durationMs = 0;
     int serial = 0;
@@ -56,10 +62,11 @@ struct VideoFrame {
 };
 
 // A small ring of decoded frames. The decoder blocks when it is full (back-pressure); the presenter only
-// peeks and pops and never waits.
+// peeks and pops and never waits. Full at `capacity` frames, or once the frames (with their converted
+// pictures) hold `byteBudget` bytes and there are two of them: big pictures get a shorter ring.
 class FrameQueue {
 public:
-    explicit FrameQueue(size_t capacity) : m_capacity(capacity) {}
+    FrameQueue(size_t capacity, size_t byteBudget) : m_capacity(capacity), m_byteBudget(byteBudget) {}
 
     bool push(VideoFrame frame, const std::function<bool()>& giveUp);
     std::optional<VideoFrame> peek() const;
@@ -69,10 +76,14 @@ public:
     void wake() { m_changed.notify_all(); }
 
 private:
+    bool full() const;
+
     const size_t m_capacity;
+    const size_t m_byteBudget;
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<VideoFrame> m_frames;
+    size_t m_bytes = 0;
 };
 
 } // namespace av

@@ -67,17 +67,28 @@ void Player::load() {
     m_pipeline.reset();
     m_current = {};
     m_pipeline = std::make_unique<MediaPipeline>(m_file, m_clock, m_soundDevice ? m_audioSink.get() : nullptr);
+    // The answer to a seek goes to the screen at once rather than at the presenter's next tick.
+    m_pipeline->setSeekAnswered([this] {
+        QMetaObject::invokeMethod(this, [this] {
+            if (m_seeking)
+                present();
+        }, Qt::QueuedConnection);
+    });
     m_current = m_pipeline->firstFrame();
+    if (m_renderer)
+        m_pipeline->setPictureTarget(m_renderer->pictureTarget());
     m_serial = m_pipeline->serial();
     m_ended = m_seeking = m_stepPending = false;
-    m_pipeline->start();
+    // The threads start with the first play, seek or step: a file loaded ahead holds only its first picture.
     LOG_DEBUG(kLogger, "Loaded {}", m_file.toStdString());
 }
 
 void Player::setRenderer(VideoWidget* renderer) {
     m_renderer = renderer;
+    if (m_pipeline)
+        m_pipeline->setPictureTarget(m_renderer ? m_renderer->pictureTarget() : nullptr);
     if (m_renderer && m_current.frame)
-        m_renderer->setFrame(m_current.frame);
+        m_renderer->setFrame(m_current.frame, m_current.picture);
 }
 
 void Player::play() {
@@ -85,6 +96,7 @@ void Player::play() {
         LOG_ERROR(kLogger, "play() called before load() for {}", m_file.toStdString());
         return;
     }
+    m_pipeline->start();
     const double start = static_cast<double>(m_startPosition);
     const bool atFirstFrame = m_current.ptsMs == m_pipeline->firstFrame().ptsMs;
     const bool showsStart = start < m_current.endMs() && (start >= m_current.ptsMs || atFirstFrame);
@@ -126,9 +138,11 @@ void Player::setPosition(qint64 ms) {
 }
 
 void Player::beginSeek(double ms) {
+    m_pipeline->start();
     m_seeking = true;
     m_seekTarget = ms;
     m_serial = m_pipeline->seek(ms);  // frames of older serials are thrown away unseen
+    m_pipeline->frames().clear();      // and need not hold up the decoder until the presenter drops them
     m_clock.setValueMs(ms);
     updateClockAndSound();
 }
@@ -136,6 +150,7 @@ void Player::beginSeek(double ms) {
 void Player::stepForward() {
     if (!m_pipeline || m_ended)
         return;
+    m_pipeline->start();
     if (m_state == State::Playing)
         setState(State::Paused);
     m_stepPending = true;
@@ -313,7 +328,7 @@ void Player::show(const VideoFrame& frame) {
         m_fpsCount = 0;
     }
     if (m_renderer)
-        m_renderer->setFrame(frame.frame);
+        m_renderer->setFrame(frame.frame, frame.picture);
     emit frameShown();
 }
 

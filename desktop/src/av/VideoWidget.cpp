@@ -10,9 +10,10 @@ VideoWidget::VideoWidget(QWidget* parent) : QWidget(parent) {
     setMinimumSize(16, 16);
 }
 
-void VideoWidget::setFrame(SharedFrame frame) {
+void VideoWidget::setFrame(SharedFrame frame, QImage picture) {
     m_frame = std::move(frame);
-    m_imageStale = true;
+    m_image = std::move(picture);
+    m_imageStale = m_image.isNull();
     const QSize size = displaySize(m_frame.get());
     if (size != m_frameSize) {
         m_frameSize = size;
@@ -23,7 +24,6 @@ void VideoWidget::setFrame(SharedFrame frame) {
 
 void VideoWidget::clear() {
     setFrame(nullptr);
-    m_image = QImage();
 }
 
 void VideoWidget::setOrientation(int degrees) {
@@ -31,25 +31,49 @@ void VideoWidget::setOrientation(int degrees) {
     if (normalized == m_orientation)
         return;
     m_orientation = normalized;
-    m_imageStale = true;
+    updateTarget();
     update();
+}
+
+void VideoWidget::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    updateTarget();
+}
+
+void VideoWidget::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    updateTarget();
+}
+
+void VideoWidget::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    updateTarget();
+}
+
+void VideoWidget::updateTarget() {
+    m_target->set(isVisible() ? size() : QSize(), m_orientation);
 }
 
 void VideoWidget::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.fillRect(rect(), Qt::black);
-    if (!m_frame || m_frameSize.isEmpty())
+    const QSize imageSize = fittedPictureSize(m_frameSize, size(), m_orientation);
+    if (!m_frame || imageSize.isEmpty()) {
+        painter.fillRect(rect(), Qt::black);
         return;
-    const bool sideways = m_orientation == 90 || m_orientation == 270;
-    const QSize turned = sideways ? m_frameSize.transposed() : m_frameSize;
-    const QSize fitted = turned.scaled(size(), Qt::KeepAspectRatio);
-    if (fitted.isEmpty())
-        return;
-    const QSize imageSize = sideways ? fitted.transposed() : fitted;
+    }
     if (m_imageStale || m_image.size() != imageSize) {
         m_image = m_converter.convert(m_frame.get(), imageSize, QImage::Format_RGB32);
         m_imageStale = false;
     }
+    if (m_orientation == 0) {
+        // Only the bars around the picture are filled: the picture covers the rest.
+        const QRect picture(QPoint((width() - imageSize.width()) / 2, (height() - imageSize.height()) / 2), imageSize);
+        for (const QRect& bar : QRegion(rect()).subtracted(picture))
+            painter.fillRect(bar, Qt::black);
+        painter.drawImage(picture.topLeft(), m_image);
+        return;
+    }
+    painter.fillRect(rect(), Qt::black);
     painter.translate(width() / 2.0, height() / 2.0);
     painter.rotate(-m_orientation);  // QPainter turns clockwise
     painter.drawImage(QPointF(-imageSize.width() / 2.0, -imageSize.height() / 2.0), m_image);
