@@ -1,4 +1,4 @@
-// The keys of the user settings store, in one place: the window's layout and choices and start-up's locale.
+// The keys of the user settings store, in one place: the window's layout and choices, start-up's locale, the map's tiles.
 #pragma once
 
 #include <QLatin1String>
@@ -13,4 +13,8 @@ constexpr QLatin1String kPlots("plotsVisibilityState");
 constexpr QLatin1String kMainCamera("mainCameraVisibilityState");
 constexpr QLatin1String kRearCamera("rearCameraVisibilityState");
 constexpr QLatin1String kLocale("locale");
+// The map's tiles: the offline map files added by the user, the disk cache's bound in megabytes, the online server.
+constexpr QLatin1String kOfflineMapFiles("offlineMapFiles");
+constexpr QLatin1String kMapTileCacheMegabytes("mapTileCacheMegabytes");
+constexpr QLatin1String kMapTileServer("mapTileServer");
 } // namespace settingskeys
