@@ -27,6 +27,8 @@
 #include <QDir>
 #include <QMessageBox>
 #include <QShortcut>
+#include <QWebEnginePage>
+#include <QWebEngineProfile>
 #include <QStatusBar>
 
 namespace {
@@ -40,6 +42,9 @@ MainWindow::MainWindow(QWidget* parent)
     ui.setupUi(this);
     setWindowTitle(kWindowTitle);
 
+    // The map page has a profile of its own (kept in memory): its tile handler comes and goes with this window
+    // and leaves the default profile alone. The page goes before the profile, being made earlier.
+    ui.mapWidget->setPage(new QWebEnginePage(new QWebEngineProfile(this), ui.mapWidget));
     m_map = new MapWidgetAdapter(ui.mapWidget, this);
     m_offlineMaps = new OfflineMaps(ui.menuView, ui.menuLanguage->menuAction(), m_map->tileState(),
                                     OfflineMaps::configFromSettings(), m_fileChoosers, this);
