@@ -697,6 +697,80 @@ Chcete jej nahradit?</translation>
         <source>Zoom out</source>
         <translation>Oddálit</translation>
     </message>
+    <message>
+        <source>No map tiles available here: connect to the network or add an offline map (View menu)</source>
+        <translation>Zde nejsou k dispozici žádné dlaždice mapy: připojte se k síti nebo přidejte offline mapu (nabídka Zobrazit)</translation>
+    </message>
+</context>
+<context>
+    <name>MbtilesSource</name>
+    <message>
+        <source>The file cannot be read: %1</source>
+        <translation>Soubor nelze přečíst: %1</translation>
+    </message>
+    <message>
+        <source>The file is empty.</source>
+        <translation>Soubor je prázdný.</translation>
+    </message>
+    <message>
+        <source>The file is not an MBTiles map (it is not an SQLite database).</source>
+        <translation>Soubor není mapa MBTiles (není to databáze SQLite).</translation>
+    </message>
+    <message>
+        <source>The file cannot be opened: %1</source>
+        <translation>Soubor nelze otevřít: %1</translation>
+    </message>
+    <message>
+        <source>The file holds vector tiles; only maps of pictures (PNG, JPEG, WebP) can be shown.</source>
+        <translation>Soubor obsahuje vektorové dlaždice; zobrazit lze jen rastrové mapy (PNG, JPEG, WebP).</translation>
+    </message>
+    <message>
+        <source>The file has no map tiles (%1).</source>
+        <translation>Soubor nemá dlaždice mapy (%1).</translation>
+    </message>
+    <message>
+        <source>The file is damaged: %1</source>
+        <translation>Soubor je poškozený: %1</translation>
+    </message>
+    <message>
+        <source>The file holds no map tiles.</source>
+        <translation>Soubor neobsahuje žádné dlaždice mapy.</translation>
+    </message>
+    <message>
+        <source>The file&apos;s tiles are not PNG, JPEG or WebP pictures.</source>
+        <translation>Dlaždice v souboru nejsou obrázky PNG, JPEG ani WebP.</translation>
+    </message>
+</context>
+<context>
+    <name>OfflineMaps</name>
+    <message>
+        <source>Add offline map...</source>
+        <translation>Přidat offline mapu...</translation>
+    </message>
+    <message>
+        <source>Offline maps</source>
+        <translation>Offline mapy</translation>
+    </message>
+    <message>
+        <source>Add offline map</source>
+        <translation>Přidat offline mapu</translation>
+    </message>
+    <message>
+        <source>MBTiles maps (*.mbtiles)</source>
+        <translation>Mapy MBTiles (*.mbtiles)</translation>
+    </message>
+    <message>
+        <source>%1 cannot be used as an offline map: %2</source>
+        <translation>%1 nelze použít jako offline mapu: %2</translation>
+    </message>
+    <message>
+        <source>Offline map</source>
+        <translation>Offline mapa</translation>
+    </message>
+    <message>
+        <source>Forget offline maps</source>
+        <translation>Zapomenout offline mapy</translation>
+    </message>
 </context>
 <context>
     <name>OpenDialog</name>

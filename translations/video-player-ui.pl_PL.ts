@@ -697,6 +697,80 @@ Czy chcesz go zastąpić?</translation>
         <source>Zoom out</source>
         <translation>Pomniejsz</translation>
     </message>
+    <message>
+        <source>No map tiles available here: connect to the network or add an offline map (View menu)</source>
+        <translation>Brak kafelków mapy w tym miejscu: połącz się z siecią lub dodaj mapę offline (menu Widok)</translation>
+    </message>
+</context>
+<context>
+    <name>MbtilesSource</name>
+    <message>
+        <source>The file cannot be read: %1</source>
+        <translation>Nie można odczytać pliku: %1</translation>
+    </message>
+    <message>
+        <source>The file is empty.</source>
+        <translation>Plik jest pusty.</translation>
+    </message>
+    <message>
+        <source>The file is not an MBTiles map (it is not an SQLite database).</source>
+        <translation>Plik nie jest mapą MBTiles (nie jest bazą danych SQLite).</translation>
+    </message>
+    <message>
+        <source>The file cannot be opened: %1</source>
+        <translation>Nie można otworzyć pliku: %1</translation>
+    </message>
+    <message>
+        <source>The file holds vector tiles; only maps of pictures (PNG, JPEG, WebP) can be shown.</source>
+        <translation>Plik zawiera kafelki wektorowe; można wyświetlić tylko mapy rastrowe (PNG, JPEG, WebP).</translation>
+    </message>
+    <message>
+        <source>The file has no map tiles (%1).</source>
+        <translation>Plik nie ma kafelków mapy (%1).</translation>
+    </message>
+    <message>
+        <source>The file is damaged: %1</source>
+        <translation>Plik jest uszkodzony: %1</translation>
+    </message>
+    <message>
+        <source>The file holds no map tiles.</source>
+        <translation>Plik nie zawiera kafelków mapy.</translation>
+    </message>
+    <message>
+        <source>The file&apos;s tiles are not PNG, JPEG or WebP pictures.</source>
+        <translation>Kafelki w pliku nie są obrazami PNG, JPEG ani WebP.</translation>
+    </message>
+</context>
+<context>
+    <name>OfflineMaps</name>
+    <message>
+        <source>Add offline map...</source>
+        <translation>Dodaj mapę offline...</translation>
+    </message>
+    <message>
+        <source>Offline maps</source>
+        <translation>Mapy offline</translation>
+    </message>
+    <message>
+        <source>Add offline map</source>
+        <translation>Dodaj mapę offline</translation>
+    </message>
+    <message>
+        <source>MBTiles maps (*.mbtiles)</source>
+        <translation>Mapy MBTiles (*.mbtiles)</translation>
+    </message>
+    <message>
+        <source>%1 cannot be used as an offline map: %2</source>
+        <translation>Pliku %1 nie można użyć jako mapy offline: %2</translation>
+    </message>
+    <message>
+        <source>Offline map</source>
+        <translation>Mapa offline</translation>
+    </message>
+    <message>
+        <source>Forget offline maps</source>
+        <translation>Zapomnij mapy offline</translation>
+    </message>
 </context>
 <context>
     <name>OpenDialog</name>

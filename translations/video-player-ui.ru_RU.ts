@@ -697,6 +697,80 @@ Do you want to replace it?</source>
         <source>Zoom out</source>
         <translation>Отдалить</translation>
     </message>
+    <message>
+        <source>No map tiles available here: connect to the network or add an offline map (View menu)</source>
+        <translation>Здесь нет фрагментов карты: подключитесь к сети или добавьте офлайн-карту (меню «Вид»)</translation>
+    </message>
+</context>
+<context>
+    <name>MbtilesSource</name>
+    <message>
+        <source>The file cannot be read: %1</source>
+        <translation>Файл не удаётся прочитать: %1</translation>
+    </message>
+    <message>
+        <source>The file is empty.</source>
+        <translation>Файл пуст.</translation>
+    </message>
+    <message>
+        <source>The file is not an MBTiles map (it is not an SQLite database).</source>
+        <translation>Файл не является картой MBTiles (это не база данных SQLite).</translation>
+    </message>
+    <message>
+        <source>The file cannot be opened: %1</source>
+        <translation>Файл не удаётся открыть: %1</translation>
+    </message>
+    <message>
+        <source>The file holds vector tiles; only maps of pictures (PNG, JPEG, WebP) can be shown.</source>
+        <translation>Файл содержит векторные фрагменты; показать можно только растровые карты (PNG, JPEG, WebP).</translation>
+    </message>
+    <message>
+        <source>The file has no map tiles (%1).</source>
+        <translation>В файле нет фрагментов карты (%1).</translation>
+    </message>
+    <message>
+        <source>The file is damaged: %1</source>
+        <translation>Файл повреждён: %1</translation>
+    </message>
+    <message>
+        <source>The file holds no map tiles.</source>
+        <translation>Файл не содержит фрагментов карты.</translation>
+    </message>
+    <message>
+        <source>The file&apos;s tiles are not PNG, JPEG or WebP pictures.</source>
+        <translation>Фрагменты карты в файле не являются изображениями PNG, JPEG или WebP.</translation>
+    </message>
+</context>
+<context>
+    <name>OfflineMaps</name>
+    <message>
+        <source>Add offline map...</source>
+        <translation>Добавить офлайн-карту...</translation>
+    </message>
+    <message>
+        <source>Offline maps</source>
+        <translation>Офлайн-карты</translation>
+    </message>
+    <message>
+        <source>Add offline map</source>
+        <translation>Добавить офлайн-карту</translation>
+    </message>
+    <message>
+        <source>MBTiles maps (*.mbtiles)</source>
+        <translation>Карты MBTiles (*.mbtiles)</translation>
+    </message>
+    <message>
+        <source>%1 cannot be used as an offline map: %2</source>
+        <translation>%1 нельзя использовать как офлайн-карту: %2</translation>
+    </message>
+    <message>
+        <source>Offline map</source>
+        <translation>Офлайн-карта</translation>
+    </message>
+    <message>
+        <source>Forget offline maps</source>
+        <translation>Забыть офлайн-карты</translation>
+    </message>
 </context>
 <context>
     <name>OpenDialog</name>

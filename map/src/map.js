@@ -44,14 +44,57 @@
     worldCopyJump: true
   });
 
-  var tiles = L.tileLayer('https://tile.openstreetmap.org/{z}/{x}/{y}.png', {
+  // Tiles come from the player (its map files, its cache, the tile server) at the address the "tiles" object
+  // gives; 'v' changes when the map files do, so tiles already shown are asked for again.
+  var tiles = L.tileLayer('reelvue-tiles:{z}/{x}/{y}?v={v}', {
     maxZoom: 19,
-    attribution: '&copy; <a href="https://www.openstreetmap.org/copyright">OpenStreetMap</a> contributors'
+    v: 0,
+    attribution: escapeHtml('\u00a9 OpenStreetMap contributors')
   }).addTo(map);
   // Offline, a failed tile leaves the plain background rather than a broken picture.
   tiles.on('tileerror', function (event) {
     if (event.tile) event.tile.classList.add('tile-failed');
   });
+
+  // Said once, as one small label, when not one tile of the view could be had; gone when tiles come.
+  var noTiles = { text: 'No map tiles available', loaded: 0, failed: 0, element: null };
+  function showNoTilesNotice(visible) {
+    if (!noTiles.element) {
+      noTiles.element = L.DomUtil.create('div', 'no-tiles-notice', map.getContainer());
+      L.DomEvent.disableClickPropagation(noTiles.element);
+    }
+    noTiles.element.textContent = noTiles.text;
+    noTiles.element.style.display = visible ? '' : 'none';
+  }
+  tiles.on('loading', function () { noTiles.loaded = 0; noTiles.failed = 0; });
+  tiles.on('tileload', function () {
+    noTiles.loaded++;
+    if (noTiles.element) showNoTilesNotice(false);
+  });
+  tiles.on('tileerror', function () { noTiles.failed++; });
+  tiles.on('load', function () { showNoTilesNotice(noTiles.loaded === 0 && noTiles.failed > 0); });
+
+  function showAttribution(attribution) {
+    map.attributionControl.removeAttribution(tiles.options.attribution);
+    tiles.options.attribution = escapeHtml(attribution || '');
+    map.attributionControl.addAttribution(tiles.options.attribution);
+  }
+
+  function connectTiles(tileState) {
+    if (!tileState) return;
+    noTiles.text = tileState.noTilesText || noTiles.text;
+    tileState.sourcesChanged.connect(function (attribution) {
+      showAttribution(attribution);
+      tiles.options.v++;
+      tiles.redraw();
+    });
+    tileState.noTilesTextChanged.connect(function (text) {
+      noTiles.text = text;
+      if (noTiles.element) noTiles.element.textContent = text;
+    });
+    if (tileState.urlTemplate) tiles.setUrl(tileState.urlTemplate + '?v={v}', true);
+    showAttribution(tileState.attribution);
+  }
 
   var zoomControl = null;
   L.control.scale({ imperial: false, maxWidth: 150 }).addTo(map);
@@ -135,6 +178,12 @@
     }
     L.polyline(run, { color: colourForSpeed((bucket + 0.5) * SPEED_BUCKET), weight: 5, opacity: 1, interactive: false })
       .addTo(trackLayer);
+  }
+
+  function escapeHtml(text) {
+    return String(text).replace(/[&<>"']/g, function (c) {
+      return { '&': '&amp;', '<': '&lt;', '>': '&gt;', '"': '&quot;', "'": '&#39;' }[c];
+    });
   }
 
   function pad(number) {
@@ -353,6 +402,7 @@
       shared.localeChanged.connect(function (locale, zoomInText, zoomOutText) {
         applyLanguage(String(locale || '').substring(0, 2), zoomInText, zoomOutText);
       });
+      connectTiles(channel.objects.tiles);
       shared.init();
     });
   }
@@ -362,7 +412,11 @@
     map: map,
     state: state,
     trackLineCount: function () { return trackLayer.getLayers().length; },
-    vehicleShown: function () { return map.hasLayer(vehicle) ? shown : null; }
+    tiles: tiles,
+    vehicleShown: function () { return map.hasLayer(vehicle) ? shown : null; },
+    noTilesNotice: function () {
+      return noTiles.element && noTiles.element.style.display !== 'none' ? noTiles.element.textContent : null;
+    }
   };
 
   connect();

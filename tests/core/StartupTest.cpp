@@ -64,9 +64,11 @@ TEST(ApplicationOptions, defaults_hide_optional_plots_and_ask_the_default_server
 TEST(ApplicationOptions, every_option_reaches_its_field) {
     const ApplicationOptions options =
         parse({"--force-update", "--fps", "--satellites-plot", "--hdop-plot", "--pdop-plot", "--vdop-plot",
-               "--updater-url", "http://127.0.0.1:8000/v", "--log-level=trace"});
+               "--updater-url", "http://127.0.0.1:8000/v", "--log-level=trace", "--map-file", "a.mbtiles",
+               "--map-file=b.mbtiles"});
     EXPECT_TRUE(options.forceUpdate && options.showFps && options.satellitesPlot && options.hdopPlot &&
                 options.pdopPlot && options.vdopPlot);
+    EXPECT_EQ(options.mapFiles, QStringList({QStringLiteral("a.mbtiles"), QStringLiteral("b.mbtiles")}));
     EXPECT_EQ(options.updaterUrl, QStringLiteral("http://127.0.0.1:8000/v"));
     EXPECT_EQ(options.logLevel, QStringLiteral("trace"));
 }

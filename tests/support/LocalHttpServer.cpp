@@ -65,6 +65,13 @@ QUrl LocalHttpServer::url(const QString& path) const {
 
 void LocalHttpServer::route(const QString& path, const Response& response) { m_routes[path] = response; }
 
+int LocalHttpServer::requestCount() const {
+    int count = 0;
+    for (const int requests : m_requests)
+        count += requests;
+    return count;
+}
+
 void LocalHttpServer::onConnection() {
     while (QTcpSocket* socket = m_server.nextPendingConnection()) {
         connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
@@ -76,7 +83,9 @@ void LocalHttpServer::onConnection() {
             const QString path = QString::fromLatin1(request.split(' ').value(1));
             ++m_requests[path];
             const auto found = m_routes.constFind(path);
-            respond(socket, found == m_routes.constEnd() ? Response{404, "not found", {}, -1} : *found);
+            respond(socket, found != m_routes.constEnd() ? *found
+                            : m_hasOthers                  ? m_others
+                                                           : Response{404, "not found", {}, -1});
         });
     }
 }

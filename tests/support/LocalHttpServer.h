@@ -25,7 +25,10 @@ public:
     LocalHttpServer();
     QUrl url(const QString& path) const;
     void route(const QString& path, const Response& response);
+    // Answers every path without a route of its own (instead of 404).
+    void routeOthers(const Response& response) { m_others = response; m_hasOthers = true; }
     int requestCount(const QString& path) const { return m_requests.value(path); }
+    int requestCount() const;
 
 private:
     void onConnection();
@@ -33,6 +36,8 @@ private:
     QTcpServer m_server;
     QMap<QString, Response> m_routes;
     QMap<QString, int> m_requests;
+    Response m_others;
+    bool m_hasOthers = false;
 };
 
 } // namespace testsupport

@@ -17,6 +17,7 @@ struct OptionNames {
     static inline const QString vdopPlot = QStringLiteral("vdop-plot");
     static inline const QString updaterUrl = QStringLiteral("updater-url");
     static inline const QString logLevel = QStringLiteral("log-level");
+    static inline const QString mapFile = QStringLiteral("map-file");
 };
 } // namespace
 
@@ -42,6 +43,8 @@ void addApplicationOptions(QCommandLineParser& parser, const ApplicationOptions&
                       options.updaterUrl});
     parser.addOption({OptionNames::logLevel, QStringLiteral("error/warn/info/debug/trace"), OptionNames::logLevel,
                       options.logLevel});
+    parser.addOption({OptionNames::mapFile, QStringLiteral("Offline map (MBTiles) for this run; may be repeated"),
+                      QStringLiteral("file")});
 }
 
 void readApplicationOptions(const QCommandLineParser& parser, ApplicationOptions& options) {
@@ -53,6 +56,7 @@ void readApplicationOptions(const QCommandLineParser& parser, ApplicationOptions
     options.vdopPlot = parser.isSet(OptionNames::vdopPlot);
     options.updaterUrl = parser.value(OptionNames::updaterUrl);
     options.logLevel = parser.value(OptionNames::logLevel);
+    options.mapFiles = parser.values(OptionNames::mapFile);
     // A file manager's "Open with" passes one path; of several, the last wins as with a drop.
     if (!parser.positionalArguments().isEmpty())
         options.openPath = parser.positionalArguments().constLast();

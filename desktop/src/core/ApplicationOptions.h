@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 class QCommandLineParser;
 class QCoreApplication;
@@ -16,6 +17,7 @@ struct ApplicationOptions {
     QString logLevel = QStringLiteral("info");
     bool forceUpdate = false;
     QString openPath; // the card, folder or video named on the command line, if any
+    QStringList mapFiles; // offline map files (MBTiles) for this run
 
     // The update server's version description; the host is a build setting.
     static QString defaultUpdaterUrl();
@@ -24,7 +26,7 @@ struct ApplicationOptions {
 // The single record, created with its defaults on first access.
 ApplicationOptions& applicationOptions();
 
-// Adds the help switch and the eight options, in their documented order, with the record's values as defaults.
+// Adds the help switch and the options, in their documented order, with the record's values as defaults.
 void addApplicationOptions(QCommandLineParser& parser, const ApplicationOptions& options);
 // Copies what the parser found into the record.
 void readApplicationOptions(const QCommandLineParser& parser, ApplicationOptions& options);

@@ -1,5 +1,5 @@
 // The keys of the user settings store, in one place: the window's layout and choices, the last cut's
-// choices and start-up's locale.
+// choices, start-up's locale and the map's tiles.
 #pragma once
 
 #include <QLatin1String>
@@ -20,4 +20,8 @@ constexpr QLatin1String kCutContainer("cutContainer");
 constexpr QLatin1String kCutCamera("cutCamera");
 constexpr QLatin1String kCutForceReencoding("cutForceReencoding");
 constexpr QLatin1String kCutBurnInOverlay("cutBurnInOverlay");
+// The map's tiles: the offline map files added by the user, the disk cache's bound in megabytes, the online server.
+constexpr QLatin1String kOfflineMapFiles("offlineMapFiles");
+constexpr QLatin1String kMapTileCacheMegabytes("mapTileCacheMegabytes");
+constexpr QLatin1String kMapTileServer("mapTileServer");
 } // namespace settingskeys

@@ -6,6 +6,7 @@
 #include "ui/AppUpdater.h"
 #include "ui/Icons.h"
 #include "ui/MainWindow.h"
+#include "ui/TileSchemeHandler.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -39,6 +40,8 @@ int main(int argc, char** argv) {
         QCoreApplication::setApplicationVersion(kApplicationVersion);
         parseCommandLine(textOnly, applicationOptions());
     }
+    // The map page's tile scheme must be known before the browser engine starts with the application object.
+    TileSchemeHandler::registerScheme();
     auto app = std::make_unique<QApplication>(argc, argv);
     QCoreApplication::setOrganizationName(kOrganizationName);
     QCoreApplication::setApplicationName(kApplicationName);

@@ -3,6 +3,7 @@
 #include "ui_MainWindow.h"
 
 #include "av/VideoWidget.h"
+#include "core/ApplicationOptions.h"
 #include "logging/Logging.h"
 #include "ui/AppUpdater.h"
 #include "ui/EvidenceFlow.h"
@@ -11,6 +12,7 @@
 #include "ui/JobRunner.h"
 #include "ui/LanguageController.h"
 #include "ui/MapWidgetAdapter.h"
+#include "ui/OfflineMaps.h"
 #include "ui/PictureSaver.h"
 #include "ui/PlaybackController.h"
 #include "ui/PlaybackSession.h"
@@ -26,6 +28,8 @@
 #include <QDir>
 #include <QMessageBox>
 #include <QShortcut>
+#include <QWebEnginePage>
+#include <QWebEngineProfile>
 #include <QStatusBar>
 
 namespace {
@@ -39,7 +43,14 @@ MainWindow::MainWindow(QWidget* parent)
     ui.setupUi(this);
     setWindowTitle(kWindowTitle);
 
+    // The map page has a profile of its own (kept in memory): its tile handler comes and goes with this window
+    // and leaves the default profile alone. The page goes before the profile, being made earlier.
+    ui.mapWidget->setPage(new QWebEnginePage(new QWebEngineProfile(this), ui.mapWidget));
     m_map = new MapWidgetAdapter(ui.mapWidget, this);
+    m_offlineMaps = new OfflineMaps(ui.menuView, ui.menuLanguage->menuAction(), m_map->tileState(),
+                                    OfflineMaps::configFromSettings(), m_fileChoosers, this);
+    m_offlineMaps->install(ui.mapWidget->page()->profile());
+    m_offlineMaps->open(applicationOptions().mapFiles, false);
     m_jobs = new JobRunner(this);
     m_plots = new PlotPanel(ui.plotContainer,
                             {{PlotType::Speed, ui.actionShowSpeedPlot}, {PlotType::Altitude, ui.actionShowAltitudePlot},
@@ -170,6 +181,10 @@ void MainWindow::connectSignals() {
     // playback -> map, plots: the controller drives them; a page that comes up later is sent what it missed
     connect(m_map, &MapWidgetAdapter::ready, this, &MainWindow::onMapWidgetReady);
 
+    // offline maps -> status bar: a map file given on the command line or remembered that cannot serve
+    connect(m_offlineMaps, &OfflineMaps::message, this,
+            [this](const QString& message) { statusBar()->showMessage(message, kSkippedMessageMs); });
+
     // full screen -> video area
     connect(m_fullscreen, &FullscreenController::resized, this, &MainWindow::relayoutVideoOutputs);
 
@@ -197,6 +212,7 @@ void MainWindow::connectSignals() {
     connect(m_language, &LanguageController::changed, this, [this](const QLocale& locale) {
         retranslate();
         m_map->onLocaleChanged(locale);
+        m_offlineMaps->retranslate();
     });
 }
 

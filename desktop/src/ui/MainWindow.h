@@ -23,6 +23,7 @@ class FullscreenController;
 class JobRunner;
 class LanguageController;
 class MapWidgetAdapter;
+class OfflineMaps;
 class PictureSaver;
 class PlaybackController;
 class PlaybackSession;
@@ -44,6 +45,7 @@ public:
     StorageWatcher* storageWatcher() const;
     PlaybackController* playbackController() const;
     MapWidgetAdapter* mapAdapter() const { return m_map; }
+    OfflineMaps* offlineMaps() const { return m_offlineMaps; }
     PlotIntervalSelector* intervalSelector() const;
     TrackPlot* plot(PlotType type) const;
     // How the window asks the user for paths; tests answer in the user's place.
@@ -131,6 +133,7 @@ private:
     std::unique_ptr<Ui::MainWindow> m_ui;
     FileChoosers m_fileChoosers;
     MapWidgetAdapter* m_map = nullptr;
+    OfflineMaps* m_offlineMaps = nullptr;
     JobRunner* m_jobs = nullptr;
     PlotPanel* m_plots = nullptr;
     PlaybackSession* m_session = nullptr;

@@ -4,6 +4,7 @@
 #include "core/Startup.h"
 #include "logging/Logging.h"
 #include "ui/MapMessages.h"
+#include "ui/MapTileState.h"
 #include "ui/MapWidgetSharedState.h"
 #include "ui/TimeMarks.h"
 #include "ui/TrackSimplifier.h"
@@ -24,6 +25,7 @@ MapWidgetAdapter::MapWidgetAdapter(QWebEngineView* view, const QUrl& page, QObje
       m_view(view),
       m_webChannel(new QWebChannel(this)),
       m_sharedState(new MapWidgetSharedState(this)),
+      m_tileState(new MapTileState(this)),
       m_positionTimer(new QTimer(this)) {
     m_positionTimer->setSingleShot(true);
     m_positionTimer->setInterval(0);
@@ -42,6 +44,7 @@ MapWidgetAdapter::MapWidgetAdapter(QWebEngineView* view, const QUrl& page, QObje
     connect(m_sharedState, &MapWidgetSharedState::initialized, this, &MapWidgetAdapter::onWebChannelInitialized);
     connect(m_sharedState, &MapWidgetSharedState::coordinatesReceived, this, &MapWidgetAdapter::coordinatesReceived);
     m_webChannel->registerObject(QStringLiteral("sharedState"), m_sharedState);
+    m_webChannel->registerObject(QStringLiteral("tiles"), m_tileState);
 
     connect(m_view, &QWebEngineView::loadFinished, this, &MapWidgetAdapter::onPageLoaded);
     m_view->load(page);
@@ -65,6 +68,7 @@ void MapWidgetAdapter::onWebChannelInitialized() {
 
 void MapWidgetAdapter::onLocaleChanged(const QLocale& locale) {
     emit m_sharedState->localeChanged(locale.name(), mapZoomInText(), mapZoomOutText());
+    m_tileState->retranslate();
 }
 
 void MapWidgetAdapter::setTrack(const TrackPositions* track) {

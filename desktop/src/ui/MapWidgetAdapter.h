@@ -14,6 +14,7 @@
 
 #include <optional>
 
+class MapTileState;
 class MapWidgetSharedState;
 class QWebChannel;
 class QWebEngineView;
@@ -45,6 +46,8 @@ public:
     int timeStep() const { return m_timeStep; }
 
     MapWidgetSharedState* sharedState() const { return m_sharedState; }
+    // The page's tile credit and its notice without tiles ("tiles" on the channel).
+    MapTileState* tileState() const { return m_tileState; }
 
 public slots:
     void onPageLoaded(bool ok);
@@ -73,6 +76,7 @@ private:
     QWebEngineView* m_view;        // borrowed
     QWebChannel* m_webChannel;     // child
     MapWidgetSharedState* m_sharedState; // child
+    MapTileState* m_tileState;           // child
     const TrackPositions* m_track = nullptr; // borrowed
     TrackCursor m_cursor;
     int m_timeStep = 0;
