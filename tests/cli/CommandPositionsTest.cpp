@@ -70,6 +70,12 @@ TEST(CliPositions, failures_go_to_stderr_with_a_non_zero_exit) {
     const Output notNmea = runPositions({testsupport::fixturePath("nmea/utf16-encoded.nmea")});
     EXPECT_NE(notNmea.exitCode, 0);
     EXPECT_THAT(notNmea.err, HasSubstr("Failed to parse as NMEA"));
+    // Of several files, one that fails is said and the others are still printed, each under its name.
+    const QString log = testsupport::fixturePath("nmea/rmc-gga-vtg-gsa.nmea");
+    const Output several = runPositions({dir.filePath("none.nmea"), log});
+    EXPECT_EQ(several.exitCode, 1);
+    EXPECT_THAT(several.err, HasSubstr("none.nmea"));
+    EXPECT_THAT(several.out.toStdString(), HasSubstr("File: " + log.toStdString() + "\nRMC sentences: 6\n"));
     const Output usage = runPositions({});
     EXPECT_EQ(usage.exitCode, 2);
     EXPECT_THAT(usage.err, HasSubstr("Usage: reelvue-cli positions FILE [--json]"));

@@ -69,41 +69,80 @@ void printJson(const TrackLoader::Result& track, Output& out) {
     out.append("\n]}\n");
 }
 
-int run(const QStringList& arguments) {
-    QString path;
-    bool json = false;
-    if (!parsePathAndJsonFlag(arguments, QStringLiteral("Usage: reelvue-cli positions FILE [--json]"), &path, &json))
-        return 2;
+// Reads one file's track; on failure says why on standard error and returns nothing.
+std::optional<TrackLoader::Result> readTrack(const QString& path) {
     TrackLoader::Result track;
     const QFileInfo file(path);
     if (isVideoName(file.fileName())) {
         std::optional<EmbeddedTrack> embedded = EmbeddedTrackReader::read(path, startTimeFromFileName(file.fileName()));
         if (!embedded) {
             cliError(QStringLiteral("No embedded GPS track in '%1'").arg(path));
-            return 1;
+            return std::nullopt;
         }
         track.positions = std::move(embedded->positions);
         track.rmcCount = embedded->recordCount;
-    } else {
-        try {
-            track = TrackLoader::load(path);
-        } catch (const std::exception& error) {
-            cliError(QString::fromStdString(error.what()));
-            return 1;
+        return track;
+    }
+    try {
+        return TrackLoader::load(path);
+    } catch (const std::exception& error) {
+        cliError(QString::fromStdString(error.what()));
+        return std::nullopt;
+    }
+}
+
+// One file prints its track alone, as it always did; several print each under a "File:" line (text) or as an
+// array of tracks with their "file" (JSON), and a file that fails is said on standard error while the rest go on.
+int run(const QStringList& arguments) {
+    const QString usage = QStringLiteral("Usage: reelvue-cli positions FILE [--json]");
+    QStringList paths;
+    bool json = false;
+    for (const QString& argument : arguments) {
+        if (argument == QLatin1String("--json"))
+            json = true;
+        else if (argument.startsWith(QLatin1String("--"))) {
+            cliError(usage);
+            return 2;
+        } else
+            paths << argument;
+    }
+    if (paths.isEmpty()) {
+        cliError(usage);
+        return 2;
+    }
+    const bool several = paths.size() > 1;
+    Output out;
+    int exitCode = 0;
+    const char* separator = "[\n";
+    for (const QString& path : paths) {
+        const std::optional<TrackLoader::Result> track = readTrack(path);
+        if (!track) {
+            exitCode = 1;
+            continue;
+        }
+        if (several && json)
+            out.append(fmt::format("{}{{\"file\": \"{}\", \"track\": ", separator,
+                                   QString(path).replace('\\', QLatin1String("\\\\")).replace('"', QLatin1String("\\\"")).toStdString()));
+        else if (several)
+            out.append(fmt::format("File: {}\n", path.toStdString()));
+        if (json)
+            printJson(*track, out);
+        else
+            printText(*track, out);
+        if (several && json) {
+            out.append("}");
+            separator = ",\n";
         }
     }
-    Output out;
-    if (json)
-        printJson(track, out);
-    else
-        printText(track, out);
+    if (several && json)
+        out.append(separator[0] == '[' ? "[]\n" : "\n]\n");
     out.flush();
-    return 0;
+    return exitCode;
 }
 
 const CliCommandRegistration registration{
-    {"positions", "FILE [--json]",
+    {"positions", "FILE... [--json]",
      "Print the RMC count and every position of a track file, or of the GPS track embedded in an MP4 or MOV video "
-     "(time in Unix seconds, absent values as null)", &run}};
+     "(time in Unix seconds, absent values as null); several files one after another", &run}};
 
 } // namespace
