@@ -41,7 +41,7 @@ FileCopierCommandVector copyCommands(const Playlist::RawItems& items, const QStr
             addCommand(commands, item->mainVideo, target);
         if (item->rearVideo)
             addCommand(commands, *item->rearVideo, target);
-        if (item->track)
+        if (item->track && !item->track->attached) // a phone's track is not part of the card's recordings
             addCommand(commands, item->track->file, target);
     }
     return commands;

@@ -211,10 +211,15 @@ TrackExtracter::Outcome TrackExtracter::writePositions(const QString& path) {
         if (m_canceled)
             return Outcome::Canceled;
         const QString trackPath = items[i]->track->file.absoluteFilePath();
+        const auto inInterval = [this](const TrackPosition& p) { return m_from <= p.time && p.time <= m_to; };
         try {
-            const TrackLoader::Result loaded = TrackLoader::load(trackPath);
-            std::copy_if(loaded.positions.begin(), loaded.positions.end(), std::back_inserter(positions),
-                         [this](const TrackPosition& p) { return m_from <= p.time && p.time <= m_to; });
+            if (items[i]->track->attached) {
+                const TrackPositions& attached = items[i]->track->positions;
+                std::copy_if(attached.begin(), attached.end(), std::back_inserter(positions), inInterval);
+            } else {
+                const TrackLoader::Result loaded = TrackLoader::load(trackPath);
+                std::copy_if(loaded.positions.begin(), loaded.positions.end(), std::back_inserter(positions), inInterval);
+            }
         } catch (const std::exception& error) {
             LOG_ERROR(kLogger, "Failed to load track file '{}': {}", trackPath.toStdString(), error.what());
         }
@@ -281,6 +286,15 @@ TrackExtracter::Outcome TrackExtracter::writeNmeaCopy(const QString& path) {
         if (m_canceled)
             return Outcome::Canceled;
         const QString trackPath = items[i]->track->file.absoluteFilePath();
+        if (items[i]->track->attached) { // no sentences to copy: written from the positions
+            TrackPositions positions;
+            std::copy_if(items[i]->track->positions.begin(), items[i]->track->positions.end(), std::back_inserter(positions),
+                         [this](const TrackPosition& p) { return m_from <= p.time && p.time <= m_to; });
+            trackformats::writeNmea(file.stream(), positions);
+            copied += positions.size();
+            reportItemProgress(i + 1, items.size());
+            continue;
+        }
         std::optional<QByteArray> bytes;
         try {
             bytes = TrackLoader::readFile(trackPath); // regular files of a sane size only

@@ -4,6 +4,9 @@
 #include <QDateTime>
 
 #include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -328,6 +331,47 @@ void writePlt(std::ostream& out, const TrackPositions& positions) {
         text.flushIfFull();
     }
     text.flush();
+}
+
+namespace {
+// "ddmm.mmmmm,N" of a latitude, "dddmm.mmmmm,E" of a longitude.
+QString nmeaAngle(double degrees, int degreeDigits, char positive, char negative) {
+    const double magnitude = std::abs(degrees);
+    const int whole = static_cast<int>(magnitude);
+    const double minutes = (magnitude - whole) * 60.0;
+    return QStringLiteral("%1%2,%3")
+        .arg(whole, degreeDigits, 10, QLatin1Char('0'))
+        .arg(minutes, 8, 'f', 5, QLatin1Char('0'))
+        .arg(QLatin1Char(degrees < 0 ? negative : positive));
+}
+
+void writeSentence(std::ostream& out, const QString& body) {
+    const QByteArray bytes = body.toLatin1();
+    unsigned char checksum = 0;
+    for (const char c : bytes)
+        checksum ^= static_cast<unsigned char>(c);
+    char tail[8];
+    std::snprintf(tail, sizeof tail, "*%02X\r\n", checksum);
+    out << '$' << bytes.constData() << tail;
+}
+
+QString optionalNumber(const std::optional<double>& value, int decimals, double factor = 1.0) {
+    return value ? QString::number(*value * factor, 'f', decimals) : QString();
+}
+} // namespace
+
+void writeNmea(std::ostream& out, const TrackPositions& positions) {
+    constexpr double kKnotsPerKmh = 1 / 1.852;
+    for (const TrackPosition& p : positions) {
+        const QString time = formatUtc(p.time, QStringLiteral("hhmmss.00"));
+        const QString where = nmeaAngle(p.latitude, 2, 'N', 'S') + QLatin1Char(',') + nmeaAngle(p.longitude, 3, 'E', 'W');
+        writeSentence(out, QStringLiteral("GPRMC,%1,A,%2,%3,%4,%5,,,A")
+                               .arg(time, where, optionalNumber(p.speed, 2, kKnotsPerKmh), optionalNumber(p.course, 2),
+                                    formatUtc(p.time, QStringLiteral("ddMMyy"))));
+        writeSentence(out, QStringLiteral("GPGGA,%1,%2,1,%3,%4,%5,M,,M,,")
+                               .arg(time, where, p.satellites ? QString::number(*p.satellites) : QString(),
+                                    optionalNumber(p.hdop, 1), optionalNumber(p.altitude, 1)));
+    }
 }
 
 } // namespace trackformats

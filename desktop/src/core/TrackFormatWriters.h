@@ -1,4 +1,4 @@
-// Writers of a track as CSV, GPX 1.0, KML and OziExplorer PLT text.
+// Writers of a track as CSV, GPX 1.0, KML, OziExplorer PLT and NMEA 0183 text.
 #pragma once
 
 #include "core/TrackPosition.h"
@@ -28,6 +28,8 @@ void writeGpx(std::ostream& out, const TrackPositions& positions);
 void writeKml(std::ostream& out, const TrackPositions& positions);
 // OziExplorer track point file, version 2.0: altitude in feet, milliseconds always ".000".
 void writePlt(std::ostream& out, const TrackPositions& positions);
+// NMEA 0183: an RMC and a GGA sentence a position, for tracks that came from no NMEA file (GPX, KML).
+void writeNmea(std::ostream& out, const TrackPositions& positions);
 
 // The UTC time of a position in a QDateTime format, e.g. formatUtc(time, "yyyy.MM.dd hh:mm:ss").
 QString formatUtc(TrackTime time, const QString& format);
