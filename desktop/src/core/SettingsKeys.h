@@ -1,4 +1,5 @@
-// The keys of the user settings store, in one place: the window's layout and choices and start-up's locale.
+// The keys of the user settings store, in one place: the window's layout and choices, the
+// tracks attached to cards, and start-up's locale.
 #pragma once
 
 #include <QLatin1String>
@@ -13,4 +14,6 @@ constexpr QLatin1String kPlots("plotsVisibilityState");
 constexpr QLatin1String kMainCamera("mainCameraVisibilityState");
 constexpr QLatin1String kRearCamera("rearCameraVisibilityState");
 constexpr QLatin1String kLocale("locale");
+// Tracks attached to a card: a map from the card's root path to a map of "file" (path) and "offset" (seconds).
+constexpr QLatin1String kAttachedTracks("attachedTracks");
 } // namespace settingskeys

@@ -10,5 +10,8 @@ FileChoosers FileChoosers::dialogs() {
     choosers.existingDirectory = [](QWidget* parent, const QString& caption, const QString& start) {
         return QFileDialog::getExistingDirectory(parent, caption, start);
     };
+    choosers.openFileName = [](QWidget* parent, const QString& caption, const QString& start, const QString& filter) {
+        return QFileDialog::getOpenFileName(parent, caption, start, filter);
+    };
     return choosers;
 }

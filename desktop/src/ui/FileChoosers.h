@@ -11,6 +11,8 @@ struct FileChoosers {
     std::function<QString(QWidget* parent, const QString& caption, const QString& proposal, const QString& filter)>
         saveFileName;
     std::function<QString(QWidget* parent, const QString& caption, const QString& start)> existingDirectory;
+    std::function<QString(QWidget* parent, const QString& caption, const QString& start, const QString& filter)>
+        openFileName;
 
     // The usual dialogs.
     static FileChoosers dialogs();

@@ -17,6 +17,7 @@
 #include "ui/PlotPanel.h"
 #include "ui/RepairFlow.h"
 #include "ui/StorageOpener.h"
+#include "ui/TrackAttacher.h"
 #include "ui/WindowIcons.h"
 #include "ui/WindowSettings.h"
 
@@ -50,6 +51,9 @@ MainWindow::MainWindow(QWidget* parent)
                                   {ui.tripPlaylistTable, ui.parkingPlaylistTable, ui.eventPlaylistTable, ui.rawPlaylistTable},
                                   m_jobs, m_fileChoosers, this);
     m_export = new ExportController(ui, m_session, m_plots, m_jobs, m_fileChoosers, this);
+    m_tracks = new TrackAttacher({ui.menuFile, ui.menuFile->actions().at(ui.menuFile->actions().indexOf(ui.actionQuit) - 1),
+                                  statusBar()},
+                                 m_playlist, m_session, m_jobs, m_fileChoosers, this);
     m_pictures = new PictureSaver(ui.videoWidgetParent, this, m_session, m_fileChoosers);
     m_fullscreen = new FullscreenController(
         {ui.videoPane, ui.videoWidgetParent, ui.VideoProgressBar, ui.videoToolbar, ui.fullscreenButton,
@@ -162,6 +166,8 @@ void MainWindow::connectSignals() {
     // playlist -> export: an evidence pack's originals may reach past the item that plays
     connect(m_playlist, &PlaylistPane::loadedPathChanged, m_export,
             [this](const QString& path) { m_export->setLoaded(path, m_playlist->rawItems()); });
+    connect(m_playlist, &PlaylistPane::rawItemsChanged, m_export,
+            [this] { m_export->setLoaded(m_loadedPath, m_playlist->rawItems()); });
 
     // playback -> map, plots: the controller drives them; a page that comes up later is sent what it missed
     connect(m_map, &MapWidgetAdapter::ready, this, &MainWindow::onMapWidgetReady);
@@ -241,6 +247,7 @@ void MainWindow::retranslate() {
     m_export->retranslate();
     m_pictures->retranslate();
     m_plots->retranslate();
+    m_tracks->retranslate();
     for (PlaylistView* view : m_playlist->views())
         view->retranslate();
     m_session->retranslate();

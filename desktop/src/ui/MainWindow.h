@@ -32,6 +32,7 @@ class QActionGroup;
 class QTranslator;
 class StorageOpener;
 class StorageWatcher;
+class TrackAttacher;
 class TrackPlot;
 
 class MainWindow : public QMainWindow {
@@ -45,6 +46,7 @@ public:
     MapWidgetAdapter* mapAdapter() const { return m_map; }
     PlotIntervalSelector* intervalSelector() const;
     TrackPlot* plot(PlotType type) const;
+    TrackAttacher* trackAttacher() const { return m_tracks; }
     // How the window asks the user for paths; tests answer in the user's place.
     using FileChoosers = ::FileChoosers;
     void setFileChoosers(FileChoosers choosers) { m_fileChoosers = std::move(choosers); }
@@ -139,6 +141,7 @@ private:
     FullscreenController* m_fullscreen = nullptr;
     StorageOpener* m_storage = nullptr;
     LanguageController* m_language = nullptr;
+    TrackAttacher* m_tracks = nullptr;
     QActionGroup* m_timeStampActions = nullptr;
     QString m_loadedPath; // of the playlist shown
 };
