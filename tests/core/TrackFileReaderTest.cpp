@@ -1,7 +1,9 @@
 // Tracks recorded apart from the camera: GPX, KML and NMEA read alike (gpsbabel converts one GPX into the
 // others), and their positions matched to recordings without a track, moved by the offset.
 #include "core/TrackAttachment.h"
+#include "core/TrackExtracter.h"
 #include "core/TrackFileReader.h"
+#include "core/TrackLoader.h"
 
 #include "support/ErrorOf.h"
 
@@ -138,4 +140,22 @@ TEST(TrackAttachment, items_without_a_track_take_the_positions_of_their_interval
     EXPECT_EQ(attached.processedItems()[0]->from, trip->from);
     // The original is untouched.
     EXPECT_FALSE(items[0]->track.has_value());
+
+    // Saved as NMEA (written from the positions, there being no sentences to copy), the moved positions
+    // read back, and gpsbabel reads the file too.
+    QTemporaryDir dir;
+    const QString nmea = dir.filePath("saved.nmea");
+    TrackExtracter job({first}, nmea, TrackExtracter::Nmea, {first->from, first->to});
+    bool written = false;
+    QObject::connect(&job, &TrackExtracter::done, [&written](bool ok) { written = ok; });
+    job.run();
+    ASSERT_TRUE(written);
+    const TrackPositions saved = TrackLoader::load(nmea).positions;
+    ASSERT_EQ(saved.size(), 60u);
+    EXPECT_EQ(saved.front().time, at(40));
+    EXPECT_NEAR(saved.front().longitude, 14.0 + 3 * 1e-4, 1e-7);
+    QProcess gpsbabel;
+    gpsbabel.start("gpsbabel", {"-t", "-i", "nmea", "-f", nmea, "-o", "unicsv,utc=0", "-F", "-"});
+    ASSERT_TRUE(gpsbabel.waitForFinished(10000) && gpsbabel.exitCode() == 0);
+    EXPECT_EQ(gpsbabel.readAllStandardOutput().trimmed().split('\n').size(), 61); // a header and the fixes
 }
