@@ -1032,6 +1032,45 @@ Chcete jej nahradit?</translation>
     </message>
 </context>
 <context>
+    <name>TrackAttacher</name>
+    <message>
+        <source>Attach track...</source>
+        <translation>Připojit trasu...</translation>
+    </message>
+    <message>
+        <source>Detach track</source>
+        <translation>Odpojit trasu</translation>
+    </message>
+    <message>
+        <source>Track offset:</source>
+        <translation>Posun trasy:</translation>
+    </message>
+    <message>
+        <source> s</source>
+        <translation> s</translation>
+    </message>
+    <message>
+        <source>Seconds added to the times of the attached track: when its positions come too early on the video, make the offset larger</source>
+        <translation>Sekundy přičtené k časům připojené trasy: když se její polohy na videu objevují příliš brzy, posun zvětšete</translation>
+    </message>
+    <message>
+        <source>Attach track</source>
+        <translation>Připojit trasu</translation>
+    </message>
+    <message>
+        <source>Tracks (*.gpx *.kml *.nmea *.nma *.txt *.log);;All files (*)</source>
+        <translation>Trasy (*.gpx *.kml *.nmea *.nma *.txt *.log);;Všechny soubory (*)</translation>
+    </message>
+    <message>
+        <source>Reading track status</source>
+        <translation>Stav čtení trasy</translation>
+    </message>
+    <message>
+        <source>%1 could not be read as a GPX, KML or NMEA track with times</source>
+        <translation>%1 nelze přečíst jako trasu GPX, KML nebo NMEA s časy</translation>
+    </message>
+</context>
+<context>
     <name>TrackPlot</name>
     <message>
         <source>Speed, km/h</source>

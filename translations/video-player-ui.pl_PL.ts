@@ -1032,6 +1032,45 @@ Czy chcesz go zastąpić?</translation>
     </message>
 </context>
 <context>
+    <name>TrackAttacher</name>
+    <message>
+        <source>Attach track...</source>
+        <translation>Dołącz ślad...</translation>
+    </message>
+    <message>
+        <source>Detach track</source>
+        <translation>Odłącz ślad</translation>
+    </message>
+    <message>
+        <source>Track offset:</source>
+        <translation>Przesunięcie śladu:</translation>
+    </message>
+    <message>
+        <source> s</source>
+        <translation> s</translation>
+    </message>
+    <message>
+        <source>Seconds added to the times of the attached track: when its positions come too early on the video, make the offset larger</source>
+        <translation>Sekundy dodawane do czasów dołączonego śladu: gdy jego pozycje pojawiają się na wideo za wcześnie, zwiększ przesunięcie</translation>
+    </message>
+    <message>
+        <source>Attach track</source>
+        <translation>Dołącz ślad</translation>
+    </message>
+    <message>
+        <source>Tracks (*.gpx *.kml *.nmea *.nma *.txt *.log);;All files (*)</source>
+        <translation>Ślady (*.gpx *.kml *.nmea *.nma *.txt *.log);;Wszystkie pliki (*)</translation>
+    </message>
+    <message>
+        <source>Reading track status</source>
+        <translation>Status odczytu śladu</translation>
+    </message>
+    <message>
+        <source>%1 could not be read as a GPX, KML or NMEA track with times</source>
+        <translation>Nie udało się odczytać %1 jako śladu GPX, KML lub NMEA z czasami</translation>
+    </message>
+</context>
+<context>
     <name>TrackPlot</name>
     <message>
         <source>Speed, km/h</source>

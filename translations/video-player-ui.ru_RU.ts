@@ -1032,6 +1032,45 @@ Do you want to replace it?</source>
     </message>
 </context>
 <context>
+    <name>TrackAttacher</name>
+    <message>
+        <source>Attach track...</source>
+        <translation>Прикрепить трек...</translation>
+    </message>
+    <message>
+        <source>Detach track</source>
+        <translation>Открепить трек</translation>
+    </message>
+    <message>
+        <source>Track offset:</source>
+        <translation>Сдвиг трека:</translation>
+    </message>
+    <message>
+        <source> s</source>
+        <translation> с</translation>
+    </message>
+    <message>
+        <source>Seconds added to the times of the attached track: when its positions come too early on the video, make the offset larger</source>
+        <translation>Секунды, добавляемые ко времени прикреплённого трека: если его позиции появляются на видео слишком рано, увеличьте сдвиг</translation>
+    </message>
+    <message>
+        <source>Attach track</source>
+        <translation>Прикрепить трек</translation>
+    </message>
+    <message>
+        <source>Tracks (*.gpx *.kml *.nmea *.nma *.txt *.log);;All files (*)</source>
+        <translation>Треки (*.gpx *.kml *.nmea *.nma *.txt *.log);;Все файлы (*)</translation>
+    </message>
+    <message>
+        <source>Reading track status</source>
+        <translation>Статус чтения трека</translation>
+    </message>
+    <message>
+        <source>%1 could not be read as a GPX, KML or NMEA track with times</source>
+        <translation>%1 не удалось прочитать как трек GPX, KML или NMEA со временем</translation>
+    </message>
+</context>
+<context>
     <name>TrackPlot</name>
     <message>
         <source>Speed, km/h</source>

@@ -79,6 +79,8 @@ TEST_F(ExportCommandsTest, track_refuses_bad_arguments_and_writes_nothing) {
         {"track", m_card.path(), "--format", "gpx", "--from", "7.3.2024 14:00", "-o", out("x")},
         {"track", m_card.path(), "--format", "gpx", "--from", arg(local(14, 0, 9)), "--to", arg(local(14, 0, 1)), "-o", out("x")},
         {"track", "--format", "gpx", "-o", out("x")},
+        {"track", m_card.path(), "--format", "gpx", "--attach", card("x.gpx"), "--offset", "1.5", "-o", out("x")},
+        {"track", m_card.path(), "--format", "gpx", "--offset", "5", "-o", out("x")},
     };
     for (const QStringList& arguments : bad) {
         const CliResult result = runCli(arguments);
@@ -86,6 +88,24 @@ TEST_F(ExportCommandsTest, track_refuses_bad_arguments_and_writes_nothing) {
         EXPECT_THAT(result.err, HasSubstr("Usage: reelvue-cli track"));
     }
     EXPECT_TRUE(QDir(m_out.path()).isEmpty());
+}
+
+TEST_F(ExportCommandsTest, track_with_a_phone_track_attached_fills_the_recording_without_one_moved_by_the_offset) {
+    testsupport::placeVideo(card("Normal/2024_0307_140020_F.MP4"), 2);
+    QByteArray gpx = "<gpx version=\"1.1\" xmlns=\"http://www.topografix.com/GPX/1/1\"><trk><trkseg>\n";
+    for (int second = 0; second < 40; ++second)
+        gpx += QStringLiteral("<trkpt lat=\"51\" lon=\"%1\"><time>%2</time></trkpt>\n")
+                   .arg(15.0 + second * 0.001, 0, 'f', 3)
+                   .arg(local(14, 0, second).toUTC().toString(Qt::ISODate))
+                   .toUtf8();
+    testsupport::writeFile(out("phone.gpx"), gpx + "</trkseg></trk></gpx>\n");
+    const CliResult result = runCli({"track", m_card.path(), "--format", "csv", "--from", arg(local(14, 0, 20)), "--to",
+                                     arg(local(14, 0, 21)), "--attach", out("phone.gpx"), "--offset", "5", "-o", out("a.csv")});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const QList<QByteArray> lines = testsupport::readFile(out("a.csv")).trimmed().split('\n');
+    ASSERT_EQ(lines.size(), 3); // the header, 14:00:20 and 14:00:21, where the phone was at 14:00:15 and 16
+    EXPECT_TRUE(lines[1].contains(",15.015000,")) << lines[1].toStdString();
+    EXPECT_TRUE(lines[2].contains(",15.016000,")) << lines[2].toStdString();
 }
 
 TEST_F(ExportCommandsTest, track_of_an_interval_without_fixes_fails_and_leaves_no_file) {

@@ -1,15 +1,19 @@
-// reelvue-cli track PATH --format F [--from T] [--to T] -o OUT: saves the GPS track of recordings in one
-// of the player's five track formats, as its "Save track" does. It never writes over a file it reads or
+// reelvue-cli track PATH --format F [--from T] [--to T] [--attach FILE [--offset S]] -o OUT: saves the GPS
+// track of recordings in one of the player's track formats, as its "Save track" does; --attach gives the
+// recordings without a track the positions of a phone's or logger's track, moved by S seconds. It never writes over a file it reads or
 // into the card, nor over an existing file without --force.
 #include "cli/CliCommand.h"
 #include "cli/CliRecordings.h"
+#include "core/TrackAttachment.h"
 #include "core/TrackExtracter.h"
+#include "core/TrackFileReader.h"
 
 #include <QFileInfo>
 
 namespace {
 
-const char* const kUsage = "PATH --format nmea|kml|gpx|csv|plt [--from T] [--to T] -o OUT [--force]";
+const char* const kUsage =
+    "PATH --format nmea|kml|gpx|csv|plt [--from T] [--to T] [--attach FILE [--offset S]] -o OUT [--force]";
 
 int usageError(const QString& message) {
     cliError(QStringLiteral("%1\nUsage: reelvue-cli track %2\nT is %3 in local time")
@@ -29,7 +33,8 @@ QDateTime endOr(const CliOptions& options, const QString& name, const QDateTime&
 int runTrack(const QStringList& arguments) {
     QString error;
     const auto options =
-        cliParseOptions(arguments, {"--format", "--from", "--to", "-o", "--output", "--force"}, &error, {"--force"});
+        cliParseOptions(arguments, {"--format", "--from", "--to", "-o", "--output", "--force", "--attach", "--offset"},
+                        &error, {"--force"});
     if (!options)
         return usageError(error);
     if (options->path.isEmpty())
@@ -49,10 +54,27 @@ int runTrack(const QStringList& arguments) {
     if (interval.to < interval.from)
         return usageError(QStringLiteral("--to is before --from"));
 
-    const auto items = cliLoadRecordings(options->path, &error);
+    bool offsetOk = true;
+    const int offset = options->has("--offset") ? options->value("--offset").toInt(&offsetOk) : 0;
+    if (!offsetOk)
+        return usageError(QStringLiteral("--offset takes whole seconds, not '%1'").arg(options->value("--offset")));
+    if (options->has("--offset") && !options->has("--attach"))
+        return usageError(QStringLiteral("--offset needs --attach"));
+
+    auto items = cliLoadRecordings(options->path, &error);
     if (!items) {
         cliError(QStringLiteral("%1: %2").arg(options->path, error));
         return 1;
+    }
+    if (options->has("--attach")) {
+        const QString attached = options->value("--attach");
+        try {
+            const TrackAttachment attachment{QFileInfo(attached), TrackFileReader::read(attached), offset};
+            items = attachment.applyTo(Playlist(*items, {})).rawItems();
+        } catch (const std::exception& e) {
+            cliError(QStringLiteral("%1: %2").arg(attached, QString::fromUtf8(e.what())));
+            return 1;
+        }
     }
     const QString target = QFileInfo(output).absoluteFilePath();
     const exporttarget::Permissions permissions = cliPermissions(options->path, options->has("--force"));

@@ -48,7 +48,8 @@ FileCopierCommandVector copyCommands(const Playlist::RawItems& items, const QStr
             addCommand(commands, item->mainVideo, target);
         if (item->rearVideo)
             addCommand(commands, *item->rearVideo, target);
-        if (item->track && !item->hasEmbeddedTrack())
+        // a track inside a video has no file of its own; a phone's track is not part of the card's recordings
+        if (item->track && !item->hasEmbeddedTrack() && !item->track->attached)
             addCommand(commands, item->track->file, target);
     }
     return commands;

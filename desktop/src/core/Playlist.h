@@ -22,6 +22,9 @@ public:
         QDateTime from; // first fix
         QDateTime to;   // last fix
         TrackPositions positions;
+        // Recorded apart from the camera and attached by the user (TrackAttachment): the positions, moved by
+        // the user's offset, are the track; the file's own fixes are not.
+        bool attached = false;
     };
 
     // How a raw item got its interval: from its file name, from its track (with the offset of the fixes

@@ -1,5 +1,5 @@
 // The keys of the user settings store, in one place: the window's layout and choices, the last cut's
-// choices, start-up's locale and the map's tiles.
+// choices, start-up's locale, the map's tiles and the tracks attached to cards.
 #pragma once
 
 #include <QLatin1String>
@@ -24,4 +24,6 @@ constexpr QLatin1String kCutBurnInOverlay("cutBurnInOverlay");
 constexpr QLatin1String kOfflineMapFiles("offlineMapFiles");
 constexpr QLatin1String kMapTileCacheMegabytes("mapTileCacheMegabytes");
 constexpr QLatin1String kMapTileServer("mapTileServer");
+// Tracks attached to a card: a map from the card's root path to a map of "file" (path) and "offset" (seconds).
+constexpr QLatin1String kAttachedTracks("attachedTracks");
 } // namespace settingskeys

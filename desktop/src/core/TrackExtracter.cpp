@@ -213,9 +213,11 @@ TrackExtracter::Outcome TrackExtracter::writePositions(const QString& path) {
         const QString trackPath = items[i]->track->file.absoluteFilePath();
         const auto inInterval = [this](const TrackPosition& p) { return m_from <= p.time && p.time <= m_to; };
         try {
-            // A track inside a video was read whole at loading; a track file is read again, as it is now.
-            const TrackPositions loaded =
-                items[i]->hasEmbeddedTrack() ? items[i]->track->positions : TrackLoader::load(trackPath).positions;
+            // A track inside a video or attached from a phone was read whole at loading; a track file is read again,
+            // as it is now.
+            const TrackPositions loaded = items[i]->hasEmbeddedTrack() || items[i]->track->attached
+                                              ? items[i]->track->positions
+                                              : TrackLoader::load(trackPath).positions;
             std::copy_if(loaded.begin(), loaded.end(), std::back_inserter(positions), inInterval);
         } catch (const std::exception& error) {
             LOG_ERROR(kLogger, "Failed to load track file '{}': {}", trackPath.toStdString(), error.what());
@@ -284,8 +286,9 @@ TrackExtracter::Outcome TrackExtracter::writeNmeaCopy(const QString& path) {
             return Outcome::Canceled;
         const QString trackPath = items[i]->track->file.absoluteFilePath();
         std::optional<QByteArray> bytes;
-        if (items[i]->hasEmbeddedTrack()) {
-            // No sentences to copy from a video: the positions read from it are written as sentences.
+        if (items[i]->hasEmbeddedTrack() || items[i]->track->attached) {
+            // No sentences to copy from a video or a GPX/KML file: the positions read from it are written as
+            // sentences.
             TrackPositions inInterval;
             std::copy_if(items[i]->track->positions.begin(), items[i]->track->positions.end(),
                          std::back_inserter(inInterval),

@@ -5,9 +5,9 @@
 
 #include <fmt/format.h>
 
-#include <cmath>
-
 #include <charconv>
+#include <cmath>
+#include <optional>
 #include <string>
 #include <string_view>
 

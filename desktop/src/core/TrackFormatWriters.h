@@ -29,7 +29,8 @@ void writeKml(std::ostream& out, const TrackPositions& positions);
 // OziExplorer track point file, version 2.0: altitude in feet, milliseconds always ".000".
 void writePlt(std::ostream& out, const TrackPositions& positions);
 // NMEA 0183: an RMC and a GGA sentence per position, with checksums and CR LF; for tracks that come from no
-// NMEA file (those embedded in videos), so that the track loader reads back the same positions.
+// NMEA file (those embedded in videos, or attached from GPX or KML), so that the track loader reads back the
+// same positions.
 void writeNmea(std::ostream& out, const TrackPositions& positions);
 
 // The UTC time of a position in a QDateTime format, e.g. formatUtc(time, "yyyy.MM.dd hh:mm:ss").

@@ -20,6 +20,7 @@
 #include "ui/PlotPanel.h"
 #include "ui/RepairFlow.h"
 #include "ui/StorageOpener.h"
+#include "ui/TrackAttacher.h"
 #include "ui/WindowIcons.h"
 #include "ui/WindowSettings.h"
 
@@ -63,6 +64,9 @@ MainWindow::MainWindow(QWidget* parent)
                                   m_jobs, m_fileChoosers, this);
     m_export = new ExportController(ui, m_session, m_plots, m_jobs, m_fileChoosers, this);
     m_evidence = new EvidenceFlow(ui, m_session, m_export, m_jobs, m_fileChoosers, this);
+    m_tracks = new TrackAttacher({ui.menuFile, ui.menuFile->actions().at(ui.menuFile->actions().indexOf(ui.actionQuit) - 1),
+                                  statusBar()},
+                                 m_playlist, m_session, m_jobs, m_fileChoosers, this);
     m_pictures = new PictureSaver(ui.videoWidgetParent, this, m_session, m_fileChoosers);
     m_fullscreen = new FullscreenController(
         {ui.videoPane, ui.videoWidgetParent, ui.VideoProgressBar, ui.videoToolbar, ui.fullscreenButton,
@@ -173,10 +177,12 @@ void MainWindow::connectSignals() {
     });
 
     // playlist -> export, evidence: nothing is written into the card; an evidence pack's originals may reach past
-    // the item that plays
+    // the item that plays, and take an attached track's positions when one is attached later
     connect(m_playlist, &PlaylistPane::loadedPathChanged, m_export, &ExportController::setLoaded);
     connect(m_playlist, &PlaylistPane::loadedPathChanged, m_evidence,
             [this](const QString& path) { m_evidence->setLoaded(path, m_playlist->rawItems()); });
+    connect(m_playlist, &PlaylistPane::rawItemsChanged, m_evidence,
+            [this] { m_evidence->setLoaded(m_loadedPath, m_playlist->rawItems()); });
 
     // playback -> map, plots: the controller drives them; a page that comes up later is sent what it missed
     connect(m_map, &MapWidgetAdapter::ready, this, &MainWindow::onMapWidgetReady);
@@ -265,6 +271,7 @@ void MainWindow::retranslate() {
     m_evidence->retranslate();
     m_pictures->retranslate();
     m_plots->retranslate();
+    m_tracks->retranslate();
     for (PlaylistView* view : m_playlist->views())
         view->retranslate();
     m_session->retranslate();

@@ -34,6 +34,7 @@ class QActionGroup;
 class QTranslator;
 class StorageOpener;
 class StorageWatcher;
+class TrackAttacher;
 class TrackPlot;
 
 class MainWindow : public QMainWindow {
@@ -48,6 +49,7 @@ public:
     OfflineMaps* offlineMaps() const { return m_offlineMaps; }
     PlotIntervalSelector* intervalSelector() const;
     TrackPlot* plot(PlotType type) const;
+    TrackAttacher* trackAttacher() const { return m_tracks; }
     // How the window asks the user for paths; tests answer in the user's place.
     using FileChoosers = ::FileChoosers;
     void setFileChoosers(FileChoosers choosers) { m_fileChoosers = std::move(choosers); }
@@ -144,6 +146,7 @@ private:
     FullscreenController* m_fullscreen = nullptr;
     StorageOpener* m_storage = nullptr;
     LanguageController* m_language = nullptr;
+    TrackAttacher* m_tracks = nullptr;
     QActionGroup* m_timeStampActions = nullptr;
     QString m_loadedPath; // of the playlist shown
 };

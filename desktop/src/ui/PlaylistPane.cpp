@@ -115,10 +115,9 @@ void PlaylistPane::startLoading(const QString& path, bool isFile) {
 void PlaylistPane::show(std::unique_ptr<Playlist> playlist, std::vector<std::unique_ptr<PlaylistItemModel>> models) {
     clear();
     m_playlist = std::move(playlist);
-    m_models = std::move(models);
-    for (size_t i = 0; i < m_views.size(); ++i)
-        m_views[i]->setModel(m_models[i].get());
-    emit loadedPathChanged(m_loadingPath);
+    setModels(std::move(models));
+    m_loadedPath = m_loadingPath;
+    emit loadedPathChanged(m_loadedPath);
 
     // The first trip plays at once; a card without trips starts with its first recording.
     for (size_t i = 0; i < m_views.size(); ++i) {
@@ -132,12 +131,44 @@ void PlaylistPane::show(std::unique_ptr<Playlist> playlist, std::vector<std::uni
     }
 }
 
+void PlaylistPane::setModels(std::vector<std::unique_ptr<PlaylistItemModel>> models) {
+    for (size_t i = 0; i < m_views.size(); ++i)
+        m_views[i]->setModel(i < models.size() ? models[i].get() : nullptr);
+    m_models = std::move(models); // after the views have let go of the old ones
+}
+
+void PlaylistPane::setAttachment(const std::optional<TrackAttachment>& attachment) {
+    if (!m_playlist)
+        return;
+    if (!m_loadedPlaylist)
+        m_loadedPlaylist = std::move(m_playlist);
+    if (attachment) {
+        m_playlist = std::make_unique<Playlist>(attachment->applyTo(*m_loadedPlaylist));
+    } else {
+        m_playlist = std::move(m_loadedPlaylist);
+    }
+    // The rows stay as they were: the attachment keeps every trip and parking period in place.
+    std::vector<std::unique_ptr<PlaylistItemModel>> models;
+    models.push_back(std::make_unique<PlaylistProcessedItemModel>(m_playlist->processedItemsOfKind(Playlist::Trip), Playlist::Trip));
+    models.push_back(std::make_unique<PlaylistProcessedItemModel>(m_playlist->processedItemsOfKind(Playlist::ParkingPeriod),
+                                                                  Playlist::ParkingPeriod));
+    models.push_back(std::make_unique<PlaylistRawItemModel>(m_playlist->rawItemsOfCategory(Playlist::Event)));
+    models.push_back(std::make_unique<PlaylistRawItemModel>(m_playlist->rawItems()));
+    setModels(std::move(models));
+    emit rawItemsChanged();
+    if (m_playingView && m_playingItem >= 0) {
+        const QSignalBlocker quiet(m_playingView); // the choice is made right here
+        m_playingView->selectItem(m_playingItem);
+        choose(m_playingView, m_playingItem);
+    }
+}
+
 void PlaylistPane::clear() {
     emit closed();
-    for (PlaylistView* view : m_views)
-        view->setModel(nullptr);
-    m_models.clear();
+    setModels({});
     m_playlist.reset();
+    m_loadedPlaylist.reset();
+    m_loadedPath.clear();
     m_playingView = nullptr;
     m_playingItem = -1;
     emit loadedPathChanged(QString());

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "core/Playlist.h"
+#include "core/TrackAttachment.h"
 #include "ui/FileChoosers.h"
 
 #include <QDateTime>
@@ -13,6 +14,7 @@
 #include <QPointer>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class JobRunner;
@@ -32,6 +34,8 @@ public:
     bool isLoaded() const { return m_playlist != nullptr; }
     // Every recording of the loaded path, in time order; empty when nothing is loaded.
     Playlist::RawItems rawItems() const { return m_playlist ? m_playlist->rawItems() : Playlist::RawItems(); }
+    // The path whose playlist is shown; empty when none is.
+    const QString& loadedPath() const { return m_loadedPath; }
 
 public slots:
     void loadDirectory(const QString& path);
@@ -43,6 +47,9 @@ public slots:
     // Chooses the item `step` places from the one that plays (0: that one again) in its table; false when there
     // is none.
     bool step(int step);
+    // Shows the loaded playlist with this track attached to its recordings without one (none: as loaded).
+    // The tables keep their rows and the item that played is chosen again.
+    void setAttachment(const std::optional<TrackAttachment>& attachment);
 
 signals:
     // The user or the pane chose an item: play these recordings over [from, to].
@@ -53,10 +60,13 @@ signals:
     void loadedPathChanged(const QString& path);
     // The user asked to repair this recording, whose index was lost.
     void repairRequested(const QString& damagedPath);
+    // The recordings of the loaded path were replaced by the same with another attached track.
+    void rawItemsChanged();
 
 private:
     void startLoading(const QString& path, bool isFile);
     void show(std::unique_ptr<Playlist> playlist, std::vector<std::unique_ptr<PlaylistItemModel>> models);
+    void setModels(std::vector<std::unique_ptr<PlaylistItemModel>> models);
     void choose(PlaylistView* view, int index);
 
     QPlaylistTabWidget* m_tabs;
@@ -65,7 +75,9 @@ private:
     JobRunner* m_jobs;
     const FileChoosers& m_choosers;
     QWidget* m_window;
-    std::unique_ptr<Playlist> m_playlist;
+    std::unique_ptr<Playlist> m_playlist;       // shown: as loaded, or with a track attached
+    std::unique_ptr<Playlist> m_loadedPlaylist; // as loaded, while a track is attached
+    QString m_loadedPath;
     std::vector<std::unique_ptr<PlaylistItemModel>> m_models; // as m_views
     PlaylistView* m_playingView = nullptr;                    // the table of the item that plays
     int m_playingItem = -1;
